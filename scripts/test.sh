@@ -1,0 +1,39 @@
+#!/usr/bin/env bash
+# Sets up a fresh Debian machine (as root) and runs every test:
+#   1. Release build with g++, warnings fatal, benchmarks compiled; all tests.
+#   2. Debug build with clang, AddressSanitizer + UndefinedBehaviorSanitizer,
+#      warnings fatal; all tests again.
+#   3. Install to a temporary prefix and build and run an outside consumer
+#      through find_package(tessarix).
+set -euo pipefail
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+cd "$root"
+jobs=$(nproc 2>/dev/null || echo 2)
+
+"$root/scripts/install-deps.sh"
+
+work=${TESSARIX_CI_DIR:-$(mktemp -d)}
+echo "== build folders under $work"
+
+echo "== Release build (g++)"
+cmake -S . -B "$work/release" -G Ninja -DCMAKE_BUILD_TYPE=Release \
+  -DCMAKE_CXX_COMPILER=g++ -DTESSARIX_WARNINGS_AS_ERRORS=ON -DTESSARIX_BUILD_BENCHMARKS=ON
+cmake --build "$work/release" -j "$jobs"
+(cd "$work/release" && ctest -j "$jobs" --output-on-failure)
+
+echo "== Debug build with sanitizers (clang)"
+cmake -S . -B "$work/asan" -G Ninja -DCMAKE_BUILD_TYPE=Debug \
+  -DCMAKE_CXX_COMPILER=clang++ -DTESSARIX_WARNINGS_AS_ERRORS=ON -DTESSARIX_SANITIZE=ON
+cmake --build "$work/asan" -j "$jobs"
+(cd "$work/asan" && ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
+  ctest -j "$jobs" --output-on-failure)
+
+echo "== Install and outside consumer"
+cmake --install "$work/release" --prefix "$work/prefix"
+cmake -S tests/install -B "$work/consumer" -G Ninja -DCMAKE_PREFIX_PATH="$work/prefix"
+cmake --build "$work/consumer"
+"$work/consumer/tessarix_consumer"
+PKG_CONFIG_PATH="$work/prefix/lib/pkgconfig" pkg-config --exists tessarix
+
+echo "== all checks passed"

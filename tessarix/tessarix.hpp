@@ -1,0 +1,9 @@
+// Umbrella header: everything a host needs.
+#pragma once
+
+#include "tessarix/core/enums.hpp"
+#include "tessarix/core/error.hpp"
+#include "tessarix/core/global_constants.hpp"
+#include "tessarix/platform/matrix.hpp"
+#include "tessarix/platform/separators.hpp"
+#include "tessarix/platform/variant.hpp"
