@@ -9,18 +9,28 @@
 #include <string>
 #include <utility>
 
+#include "tessarix/core/error.hpp"
 #include "tessarix/core/error_catalogue.hpp"
 #include "tessarix/platform/fault.hpp"
 
 namespace tessarix::detail {
 
+// Whether a catalogue error raised inside the body reaches the caller as it is
+// (the model definition operations) or is wrapped like any other failure.
+enum class LibraryErrors { Wrap, PassThrough };
+
 // `undo(description)` runs first, with the failure's description, so that the
 // operation can release what it holds (and a regression object can store
 // "General Error: " + description as its last error text).
 template <class Body, class Undo>
-decltype(auto) RunUnderHandler(Body&& body, Undo&& undo) {
+decltype(auto) RunUnderHandler(Body&& body, Undo&& undo, LibraryErrors library_errors = LibraryErrors::Wrap) {
   try {
     return std::forward<Body>(body)();
+  } catch (const Error&) {
+    if (library_errors == LibraryErrors::PassThrough) throw;
+    const std::string description = CurrentFailureDescription();
+    std::forward<Undo>(undo)(description);
+    RaiseGeneralError(description);
   } catch (...) {
     const std::string description = CurrentFailureDescription();
     std::forward<Undo>(undo)(description);

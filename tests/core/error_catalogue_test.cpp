@@ -57,6 +57,13 @@ TEST(ErrorHandler, WrapsEveryFailureAsGeneralError) {
   EXPECT_TSX_ERROR(RunUnderHandler([] { RaiseLibraryError(ErrorId::InvalidKeyOrIndex); }), 10001,
                    "General Error: Invalid key or index");
   EXPECT_EQ(RunUnderHandler([] { return 7; }), 7);
+  // The definition operations let their own catalogue errors through.
+  EXPECT_TSX_CODE(RunUnderHandler([] { RaiseLibraryError(ErrorId::ModelMissingSub); }, [](const std::string&) {},
+                                  LibraryErrors::PassThrough),
+                  10018);
+  EXPECT_TSX_ERROR(RunUnderHandler([] { RaiseFault(FaultKind::Overflow); }, [](const std::string&) {},
+                                   LibraryErrors::PassThrough),
+                   10001, "General Error: Overflow");
 }
 
 TEST(ErrorHandler, HostHandlerExceptionsBecomeFaults) {

@@ -1,0 +1,69 @@
+#include "tessarix/core/data_statistics.hpp"
+
+#include <cmath>
+
+#include "tessarix/platform/checked.hpp"
+
+namespace tessarix::detail {
+
+double DataStatistics::Lookup(DataWord word) const {
+  switch (word) {
+    case DataWord::XMin: return xmin;
+    case DataWord::XMax: return xmax;
+    case DataWord::YMin: return ymin;
+    case DataWord::YMax: return ymax;
+    case DataWord::XMean: return xmean;
+    case DataWord::YMean: return ymean;
+    case DataWord::XStd: return xstd;
+    case DataWord::YStd: return ystd;
+    case DataWord::XAtYMin: return xatymin;
+    case DataWord::XAtYMax: return xatymax;
+    case DataWord::YAtXMin: return yatxmin;
+    case DataWord::YAtXMax: return yatxmax;
+    case DataWord::XRange: return std::fabs(Checked(xmax - xmin));
+    case DataWord::YRange: return std::fabs(Checked(ymax - ymin));
+  }
+  return 0.0;
+}
+
+namespace {
+// Mean and sample standard deviation (divisor n - 1) of v[1..n].
+void MeanAndStd(const double* v, std::int32_t n, double& mean, double& std_dev) {
+  Num sum = 0.0;
+  for (std::int32_t i = 1; i <= n; ++i) sum += v[i];
+  const Num m = sum / static_cast<double>(n);
+  Num ss = 0.0;
+  for (std::int32_t i = 1; i <= n; ++i) {
+    const Num d = Num(v[i]) - m;
+    ss += d * d;
+  }
+  mean = m.value();
+  std_dev = sqrt(ss / static_cast<double>(n - 1)).value();
+}
+}  // namespace
+
+DataStatistics ComputeDataStatistics(const double* x, const double* y, std::int32_t n) {
+  DataStatistics s;
+  if (n < 1) return s;
+  std::int32_t ixmin = 1, ixmax = 1, iymin = 1, iymax = 1;
+  for (std::int32_t i = 2; i <= n; ++i) {
+    // Strict comparisons: the first observation wins a tie.
+    if (x[i] < x[ixmin]) ixmin = i;
+    if (x[i] > x[ixmax]) ixmax = i;
+    if (y[i] < y[iymin]) iymin = i;
+    if (y[i] > y[iymax]) iymax = i;
+  }
+  s.xmin = x[ixmin];
+  s.xmax = x[ixmax];
+  s.ymin = y[iymin];
+  s.ymax = y[iymax];
+  s.xatymin = x[iymin];
+  s.xatymax = x[iymax];
+  s.yatxmin = y[ixmin];
+  s.yatxmax = y[ixmax];
+  MeanAndStd(x, n, s.xmean, s.xstd);
+  MeanAndStd(y, n, s.ymean, s.ystd);
+  return s;
+}
+
+}  // namespace tessarix::detail

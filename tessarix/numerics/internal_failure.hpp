@@ -1,0 +1,27 @@
+// The internal failure of the numerical routines and of the solution: a bare
+// error number without text (5000 in general, 500 from ChebyshevValue, 100
+// from the singular value decomposition). It leaves a computation at once and
+// is always caught inside the library: the solution driver turns it into a
+// failed run, the model evaluator into a failed evaluation. It never reaches a
+// host as such.
+#pragma once
+
+#include <cstdint>
+#include <exception>
+
+namespace tessarix::detail {
+
+class InternalFailure : public std::exception {
+ public:
+  explicit InternalFailure(std::int32_t code = 5000) noexcept : code_(code) {}
+  std::int32_t Code() const noexcept { return code_; }
+  // The platform's text for an error number that has no description.
+  const char* what() const noexcept override { return "Application-defined or object-defined error"; }
+
+ private:
+  std::int32_t code_;
+};
+
+[[noreturn]] inline void RaiseInternalFailure(std::int32_t code = 5000) { throw InternalFailure(code); }
+
+}  // namespace tessarix::detail
