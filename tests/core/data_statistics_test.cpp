@@ -20,7 +20,7 @@ TEST(DataStatistics, FirstObservationWinsTiesAndStdUsesNMinusOne) {
   EXPECT_EQ(s.yatxmin, 7);
   EXPECT_EQ(s.yatxmax, 1);
   EXPECT_DOUBLE_EQ(s.xmean, 14.0 / 5.0);
-  EXPECT_DOUBLE_EQ(s.xstd, std::sqrt(10.8 / 4.0));
+  EXPECT_DOUBLE_EQ(s.xstd, std::sqrt(12.8 / 4.0));
   EXPECT_EQ(s.Lookup(DataWord::XRange), 4);
   EXPECT_EQ(s.Lookup(DataWord::YRange), 6);
   EXPECT_EQ(s.Lookup(DataWord::YAtXMax), 1);
