@@ -4,6 +4,8 @@
 #include "tessarix/core/enums.hpp"
 #include "tessarix/core/error.hpp"
 #include "tessarix/core/global_constants.hpp"
+#include "tessarix/data/data_collection.hpp"
+#include "tessarix/data/data_series.hpp"
 #include "tessarix/platform/matrix.hpp"
 #include "tessarix/platform/separators.hpp"
 #include "tessarix/platform/variant.hpp"

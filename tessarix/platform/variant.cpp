@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "tessarix/platform/fault.hpp"
+#include "tessarix/platform/number_text.hpp"
 #include "tessarix/platform/numeric_text.hpp"
 
 namespace tessarix {
@@ -106,6 +107,18 @@ double Variant::ToDouble() const {
       break;
     }
     case VariantType::Empty:
+    case VariantType::Array: break;
+  }
+  RaiseFault(FaultKind::TypeMismatch);
+}
+
+std::string Variant::ToString() const {
+  switch (Type()) {
+    case VariantType::Empty: return std::string();
+    case VariantType::Long: return detail::IntegerText(std::get<std::int32_t>(value_));
+    case VariantType::Double: return detail::NumberText(std::get<double>(value_));
+    case VariantType::Boolean: return std::get<bool>(value_) ? "True" : "False";
+    case VariantType::String: return std::get<std::string>(value_);
     case VariantType::Array: break;
   }
   RaiseFault(FaultKind::TypeMismatch);

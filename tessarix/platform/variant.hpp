@@ -56,6 +56,11 @@ class Variant {
   // "Type mismatch" (a number too large for a Double is "Overflow").
   double ToDouble() const;
 
+  // The platform's String conversion: a String as it is, numbers in their
+  // general text form with the locale's decimal separator, Boolean "True" or
+  // "False", Empty ""; an array is the fault "Type mismatch".
+  std::string ToString() const;
+
   // Numbers (Long, Double, Boolean) by value, strings exactly, Empty only
   // equals Empty, arrays element by element; a number never equals a string.
   friend bool operator==(const Variant& a, const Variant& b);

@@ -95,3 +95,13 @@ TEST(Matrix, ShapeAndCheckedAccess) {
   EXPECT_EQ(empty.Rows(), 0);
   EXPECT_EQ(empty.Cols(), 0);
 }
+
+TEST(Variant, ToStringFollowsThePlatformConversion) {
+  tessarix::test::ScopedSeparators sep(tessarix::test::DecimalCommaSeparators());
+  EXPECT_EQ(tessarix::Variant().ToString(), "");
+  EXPECT_EQ(tessarix::Variant(std::int32_t{-12}).ToString(), "-12");
+  EXPECT_EQ(tessarix::Variant(2.5).ToString(), "2,5");
+  EXPECT_EQ(tessarix::Variant(true).ToString(), "True");
+  EXPECT_EQ(tessarix::Variant("Name").ToString(), "Name");
+  EXPECT_THROW((void)tessarix::Variant::Array({tessarix::Variant(1.0)}).ToString(), tessarix::detail::RuntimeFault);
+}

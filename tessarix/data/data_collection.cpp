@@ -1,0 +1,93 @@
+#include "tessarix/data/data_collection.hpp"
+
+#include <algorithm>
+
+#include "tessarix/core/error_catalogue.hpp"
+#include "tessarix/core/error_handler.hpp"
+#include "tessarix/data/internal/data_access.hpp"
+#include "tessarix/platform/text_case.hpp"
+
+namespace tessarix {
+
+using detail::ErrorId;
+using detail::RaiseLibraryError;
+
+void DataCollection::GuardWritable() const {
+  if (read_only_) RaiseLibraryError(ErrorId::ReadOnlyObject);
+}
+
+std::ptrdiff_t DataCollection::FindByName(const std::string& name) const {
+  for (std::size_t i = 0; i < members_.size(); ++i) {
+    if (detail::EqualIgnoringCase(members_[i]->name_, name)) return static_cast<std::ptrdiff_t>(i);
+  }
+  return -1;
+}
+
+std::shared_ptr<DataSeries> DataCollection::InsertNew(const std::string& name, std::int32_t preallocation) {
+  if (FindByName(name) >= 0) RaiseLibraryError(ErrorId::NameAlreadyInCollection);
+  std::shared_ptr<DataSeries> series(new DataSeries());
+  detail::DataAccess::SetName(*series, name);
+  if (preallocation > 0) detail::DataAccess::ReserveObservations(*series, preallocation);
+  members_.push_back(series);
+  return series;
+}
+
+void DataCollection::EraseAt(std::size_t index) {
+  members_.erase(members_.begin() + static_cast<std::ptrdiff_t>(index));
+}
+
+std::shared_ptr<DataSeries> DataCollection::AddSeries(const std::string& Name, std::int32_t PreAllocation) {
+  GuardWritable();
+  if (FindByName(Name) >= 0) RaiseLibraryError(ErrorId::NameAlreadyInCollection);
+  return detail::RunUnderHandler([&] { return InsertNew(Name, PreAllocation); });
+}
+
+std::shared_ptr<DataSeries> DataCollection::Item(const Variant& SeriesIndex) const {
+  const std::ptrdiff_t index = detail::DataAccess::IndexOf(*this, SeriesIndex);
+  if (index < 0) RaiseLibraryError(ErrorId::InvalidKeyOrIndex);
+  return members_[static_cast<std::size_t>(index)];
+}
+
+void DataCollection::RemoveSeries(const Variant& SeriesIndex) {
+  GuardWritable();
+  detail::RunUnderHandler([&] {
+    if (SeriesIndex.IsEmpty()) {
+      if (members_.empty()) detail::RaiseFault(detail::FaultKind::SubscriptOutOfRange);
+      members_.pop_back();
+      return;
+    }
+    EraseAt(detail::DataAccess::IndexOrFault(*this, SeriesIndex));
+  });
+}
+
+std::int32_t DataCollection::NumObservationsMax() const noexcept {
+  std::int32_t result = 0;
+  for (const auto& s : members_) result = std::max(result, s->NumObservations());
+  return result;
+}
+
+std::int32_t DataCollection::NumObservationsMin() const noexcept {
+  if (members_.empty()) return 0;
+  std::int32_t result = members_.front()->NumObservations();
+  for (const auto& s : members_) result = std::min(result, s->NumObservations());
+  return result;
+}
+
+void DataCollection::RemoveAllSeries() {
+  GuardWritable();
+  members_.clear();
+}
+
+void DataCollection::ClearRegressionKeys() {
+  GuardWritable();
+  detail::RunUnderHandler([&] {
+    // Through the public setter, so that a member's own guard applies too.
+    for (const auto& s : members_) s->SetRegressionKey("");
+  });
+}
+
+void DataCollection::SetNumberDisplayFormats(const std::string& FormatString) {
+  for (const auto& s : members_) s->SetNumberDisplayFormat(FormatString);
+}
+
+}  // namespace tessarix

@@ -1,0 +1,109 @@
+// DataCollection: an ordered set of DataSeries keyed by Name without regard
+// to case. The only creatable data object of the library: hosts fill one and
+// hand it to a fit; regression objects publish their result tables as a
+// read-only collection.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "tessarix/core/enums.hpp"
+#include "tessarix/core/error.hpp"
+#include "tessarix/data/data_series.hpp"
+#include "tessarix/platform/matrix.hpp"
+#include "tessarix/platform/variant.hpp"
+
+namespace tessarix {
+
+// Members keep insertion order; positions run from 1 to Count(); names are
+// unique without regard to case ("abc" finds "ABC", and "a" and "A" cannot
+// both be members). Series of a collection may differ in length: operations
+// that need equal lengths raise 10012.
+//
+// A read-only collection (a regression's result tables) refuses every
+// membership change with 10032, and so do its series; reading, exporting and
+// SetNumberDisplayFormats still work.
+//
+// Errors: the catalogue errors named below reach the caller as they are; any
+// other failure inside a member reaches it as 10001 "General Error: " + the
+// failure's description.
+class DataCollection {
+ public:
+  using const_iterator = std::vector<std::shared_ptr<DataSeries>>::const_iterator;
+
+  DataCollection() = default;
+  DataCollection(const DataCollection&) = delete;
+  DataCollection& operator=(const DataCollection&) = delete;
+  DataCollection(DataCollection&&) = delete;
+  DataCollection& operator=(DataCollection&&) = delete;
+  ~DataCollection() = default;
+
+  // Adds an empty series named `Name` at the end and returns it. A name
+  // already in use (in any case) raises 10003 and changes nothing.
+  // PreAllocation > 0 reserves room for that many observations.
+  std::shared_ptr<DataSeries> AddSeries(const std::string& Name, std::int32_t PreAllocation = 0);
+
+  // The member at a position from 1 (a numeric Variant) or of a Name (a
+  // String, any case). Any failure, also Empty or a position out of range,
+  // raises 10002 "Invalid key or index".
+  std::shared_ptr<DataSeries> Item(const Variant& SeriesIndex) const;
+  std::shared_ptr<DataSeries> operator[](const Variant& SeriesIndex) const { return Item(SeriesIndex); }
+
+  std::int32_t Count() const noexcept { return static_cast<std::int32_t>(members_.size()); }
+
+  // Removes the member at a position or of a Name; without an argument the
+  // last member. The series stays alive for those who hold it. A failure
+  // (also on an empty collection) is 10001 "General Error: ..." (not 10002).
+  void RemoveSeries(const Variant& SeriesIndex = Variant());
+
+  // Range-for walks the members in order.
+  const_iterator begin() const noexcept { return members_.begin(); }
+  const_iterator end() const noexcept { return members_.end(); }
+
+  // One series per column of `DataArray` (rows are observations), named
+  // NameArray[j]; a series of that name is replaced (it takes the last
+  // place), other members are kept. A Matrix without columns or rows, or a
+  // NameArray shorter than the columns, raises 10004 (the columns before the
+  // missing name stay added); surplus names are ignored.
+  void ImportSeriesFromArray(const Matrix& DataArray, std::span<const std::string> NameArray);
+  // The same for a two-dimensional Variant array and a Variant array of
+  // names (10042 when either holds no array).
+  void ImportSeriesFromArrayAlt(const Variant& DataArray, const Variant& NameArray);
+
+  // The largest / smallest NumObservations of the members; 0 when empty.
+  std::int32_t NumObservationsMax() const noexcept;
+  std::int32_t NumObservationsMin() const noexcept;
+
+  void RemoveAllSeries();
+  // Sets every member's RegressionKey to "".
+  void ClearRegressionKeys();
+
+  // Rows x Count() table, column j = member j + 1. 10012 for members of
+  // different lengths; 10004 when there are no rows or no members.
+  Matrix ExportSeriesToArray();
+  // The same as a two-dimensional array of Double Variants; Empty (no error)
+  // when there are no rows or no members.
+  Variant ExportSeriesToArrayAlt();
+
+  // Sets NumberDisplayFormat of every member (allowed on a read-only collection).
+  void SetNumberDisplayFormats(const std::string& FormatString);
+
+  bool IsReadOnly() const noexcept { return read_only_; }
+
+ private:
+  friend struct detail::DataAccess;
+
+  void GuardWritable() const;
+  // Index into members_ of the member named `name` (any case), or -1.
+  std::ptrdiff_t FindByName(const std::string& name) const;
+  std::shared_ptr<DataSeries> InsertNew(const std::string& name, std::int32_t preallocation);
+  void EraseAt(std::size_t index);
+
+  std::vector<std::shared_ptr<DataSeries>> members_;
+  bool read_only_ = false;
+};
+
+}  // namespace tessarix

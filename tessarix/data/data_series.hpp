@@ -1,0 +1,146 @@
+// DataSeries: one named column of Double observations, the unit of data of
+// the whole library. Regression objects and CubicSpline read their input from
+// series and publish their result tables as series.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "tessarix/core/enums.hpp"
+#include "tessarix/core/error.hpp"
+#include "tessarix/platform/variant.hpp"
+
+namespace tessarix {
+
+class DataCollection;
+
+namespace detail {
+struct DataAccess;
+}
+
+// A series is made only by a DataCollection (AddSeries) and handed around as
+// std::shared_ptr; it stays valid for as long as a reference to it exists,
+// also after it was removed from its collection.
+//
+// Public indexes are zero-based: 0 .. NumObservations() - 1.
+//
+// A series of a regression's result tables is read-only: every member that
+// changes values or the regression key raises 10032 "The referenced object is
+// read only" on it; Tag and NumberDisplayFormat stay writable.
+//
+// Errors: members raise the catalogue errors named below; any other failure
+// inside a member (a floating-point fault, an allocation failure) reaches the
+// caller as 10001 "General Error: " + the failure's description, and leaves
+// the series as it was unless said otherwise.
+class DataSeries {
+ public:
+  DataSeries(const DataSeries&) = delete;
+  DataSeries& operator=(const DataSeries&) = delete;
+  ~DataSeries() = default;
+
+  // Free text for the client, never interpreted.
+  std::string Tag() const { return tag_; }
+  void SetTag(const std::string& value) { tag_ = value; }
+
+  // The series's name, its key in the owning collection (set once, at creation).
+  std::string Name() const { return name_; }
+
+  std::int32_t NumObservations() const noexcept { return count_; }
+
+  // Appends one value.
+  void AddObservation(double Value);
+
+  // Removes the observation of `ObservationIndex`; tsxLast (-1) removes the
+  // last one, and on an empty series does nothing at all. Any other index
+  // outside 0 .. NumObservations() - 1 raises 10009.
+  void RemoveObservation(std::int32_t ObservationIndex = tsxLast);
+
+  // Role marker read by the Fit entry points ("x", "y", "sd", compared after
+  // lower-casing). SetRegressionKey is refused on a read-only series.
+  std::string RegressionKey() const { return regression_key_; }
+  void SetRegressionKey(const std::string& value);
+
+  // Stores StartValue + k * Increment for k = 0 .. NumObservations - 1 (each
+  // value from the start value, not a running sum), after the existing values
+  // when AppendData, else from index 0 (values above the new count are
+  // dropped). NumObservations < 1 raises 10028.
+  void Fill(double StartValue, double Increment, std::int32_t NumObservations, bool AppendData = false);
+
+  void RemoveAllObservations();
+
+  // Replaces the values by `DataArray` (or appends it). An empty span is an
+  // array without dimensions: 10004 "Subscript out of range".
+  void ImportFromArray(std::span<const double> DataArray, bool AppendData = false);
+  // The same for a one-dimensional Variant array whose elements convert to
+  // Double; 10042 when `DataArray` holds no array, 10004 for an array without
+  // elements or of two dimensions, 10001 "General Error: Type mismatch" for an
+  // element that is no number (the series is then left as it was).
+  void ImportFromArrayAlt(const Variant& DataArray, bool AppendData = false);
+
+  // The values, index 0 first; an empty vector (no error) for an empty series.
+  std::vector<double> ExportToArray();
+  // The values as a one-dimensional array of Double Variants; Empty for an
+  // empty series.
+  Variant ExportToArrayAlt();
+
+  // Format string of GetObservationFormatted and of formatted export.
+  // Initially "General". Writable also on a read-only series.
+  std::string NumberDisplayFormat() const { return number_display_format_; }
+  void SetNumberDisplayFormat(const std::string& value) { number_display_format_ = value; }
+
+  bool IsReadOnly() const noexcept { return read_only_; }
+
+  // Applies a transformation to every value. All or nothing: a value out of
+  // the transformation's domain (the root of a negative, the logarithm of 0,
+  // the inverse of 0, an overflow) leaves every value as it was and raises
+  // 10001 with the fault's description. An empty series returns at once,
+  // before `Transformation` is examined; otherwise a value outside 0 .. 6
+  // raises 10028.
+  void Transform(TransformTypeEnum Transformation);
+  // value = Factor + value, all or nothing as Transform; nothing on an empty series.
+  void Translate(double Factor);
+  // value = Factor * value, all or nothing as Transform; nothing on an empty series.
+  void Multiply(double Factor);
+
+  // 10009 outside 0 .. NumObservations() - 1 (tsxLast has no meaning here).
+  void SetObservation(std::int32_t ObservationIndex, double Value);
+  double GetObservation(std::int32_t ObservationIndex);
+
+  // The index of the first smallest value (tsxMinimum), the first largest
+  // (tsxMaximum) or the first value exactly equal to SearchValue (tsxValue; -1
+  // when there is none). 10007 on an empty series, before anything else;
+  // 10028 for another SearchType.
+  std::int32_t GetObservationIndex(SearchTypeEnum SearchType, double SearchValue = 0);
+
+ private:
+  friend class DataCollection;
+  friend struct detail::DataAccess;
+
+  DataSeries() = default;
+
+  // Read-only guard of the mutators: 10032.
+  void GuardWritable() const;
+  // Makes positions 1 .. n addressable, keeping the contents; grows
+  // geometrically so that one-by-one appends cost amortised constant time.
+  void EnsurePositions(std::int64_t n);
+  void InvalidateStatistics() noexcept { statistics_valid_ = false; }
+
+  std::string name_;
+  std::int32_t count_ = 0;
+  // The observation of public index k sits at position k + 1; position 0 is
+  // never used (the one-based convention of the numerics, so that columns
+  // move between series and work arrays without shifting). Positions above
+  // count_ are not part of the series.
+  std::vector<double> values_ = std::vector<double>(1, 0.0);
+  std::string regression_key_;
+  std::string number_display_format_ = "General";
+  bool read_only_ = false;
+  std::string tag_;
+  mutable bool statistics_valid_ = false;
+};
+
+}  // namespace tessarix

@@ -1,0 +1,157 @@
+#include "tessarix/data/data_collection.hpp"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "support/test_helpers.hpp"
+#include "tessarix/data/internal/data_access.hpp"
+
+using namespace tessarix;
+
+namespace {
+
+std::vector<std::string> NamesOf(const DataCollection& c) {
+  std::vector<std::string> names;
+  for (const auto& s : c) names.push_back(s->Name());
+  return names;
+}
+
+Matrix TableOf(std::int32_t rows, std::int32_t cols, std::initializer_list<double> values) {
+  Matrix m(rows, cols);
+  auto it = values.begin();
+  for (std::int32_t i = 0; i < rows; ++i)
+    for (std::int32_t j = 0; j < cols; ++j) m(i, j) = *it++;
+  return m;
+}
+
+}  // namespace
+
+TEST(DataCollection, MembershipByPositionAndCaseInsensitiveName) {
+  DataCollection c;
+  EXPECT_EQ(c.Count(), 0);
+  EXPECT_EQ(c.NumObservationsMax(), 0);
+  EXPECT_EQ(c.NumObservationsMin(), 0);
+  EXPECT_FALSE(c.IsReadOnly());
+
+  auto a = c.AddSeries("a");
+  EXPECT_TSX_ERROR(c.AddSeries("A"), 10003,
+                   "The specified Name is already associated with an object in the DataCollection");
+  auto b = c.AddSeries("Öl", 100);
+  EXPECT_EQ(b->NumObservations(), 0);
+  EXPECT_EQ(c.Item("öL"), b);
+  EXPECT_TSX_CODE(c.AddSeries("ÖL"), 10003);
+  EXPECT_EQ(c.Item(1), a);
+  EXPECT_EQ(c.Item(2.0), b);
+  EXPECT_EQ(c["A"], a);
+  for (const Variant& bad : {Variant(0), Variant(3), Variant("none"), Variant(), Variant(true)}) {
+    EXPECT_TSX_ERROR(c.Item(bad), 10002, "Invalid key or index");
+  }
+  c.AddSeries("c");
+  EXPECT_EQ(NamesOf(c), (std::vector<std::string>{"a", "Öl", "c"}));
+
+  c.RemoveSeries("öl");
+  EXPECT_EQ(NamesOf(c), (std::vector<std::string>{"a", "c"}));
+  c.RemoveSeries();  // the last one
+  EXPECT_EQ(NamesOf(c), (std::vector<std::string>{"a"}));
+  EXPECT_TSX_ERROR(c.RemoveSeries(5), 10001, "General Error: Subscript out of range");
+  EXPECT_TSX_ERROR(c.RemoveSeries("zz"), 10001, "General Error: Invalid procedure call or argument");
+  c.RemoveSeries(1);
+  EXPECT_TSX_ERROR(c.RemoveSeries(), 10001, "General Error: Subscript out of range");
+  // A removed series lives on for its holders.
+  b->AddObservation(1);
+  EXPECT_EQ(b->NumObservations(), 1);
+
+  auto x = c.AddSeries("x");
+  auto y = c.AddSeries("y");
+  x->Fill(1, 1, 3);
+  y->Fill(1, 1, 5);
+  EXPECT_EQ(c.NumObservationsMax(), 5);
+  EXPECT_EQ(c.NumObservationsMin(), 3);
+  x->SetRegressionKey("X");
+  c.ClearRegressionKeys();
+  EXPECT_EQ(x->RegressionKey(), "");
+  c.SetNumberDisplayFormats("0.0");
+  EXPECT_EQ(y->NumberDisplayFormat(), "0.0");
+  c.RemoveAllSeries();
+  EXPECT_EQ(c.Count(), 0);
+}
+
+TEST(DataCollection, ArrayImportReplacesByNameAndKeepsOrder) {
+  DataCollection c;
+  c.AddSeries("keep")->AddObservation(1);
+  const std::vector<std::string> names{"a", "b"};
+  c.ImportSeriesFromArray(TableOf(3, 2, {1, 10, 2, 20, 3, 30}), names);
+  EXPECT_EQ(NamesOf(c), (std::vector<std::string>{"keep", "a", "b"}));
+  EXPECT_EQ(c.Item("b")->ExportToArray(), (std::vector<double>{10, 20, 30}));
+  auto old_a = c.Item("a");
+  c.ImportSeriesFromArray(TableOf(2, 2, {5, 50, 6, 60}), std::vector<std::string>{"A", "b", "surplus"});
+  EXPECT_EQ(NamesOf(c), (std::vector<std::string>{"keep", "A", "b"}));
+  EXPECT_NE(c.Item("a"), old_a);
+  EXPECT_EQ(old_a->NumObservations(), 3);
+
+  EXPECT_TSX_ERROR(c.ExportSeriesToArray(), 10012,
+                   "The number of observations for included DataSeries objects must be equal to perform the "
+                   "requested operation");
+  c.RemoveSeries("keep");
+  const Matrix out = c.ExportSeriesToArray();
+  ASSERT_EQ(out.Rows(), 2);
+  ASSERT_EQ(out.Cols(), 2);
+  EXPECT_EQ(out(1, 0), 6);
+  EXPECT_EQ(out(1, 1), 60);
+  const Variant alt = c.ExportSeriesToArrayAlt();
+  EXPECT_EQ(alt.UpperBound(1), 1);
+  EXPECT_EQ(alt.UpperBound(2), 1);
+  EXPECT_EQ(alt.At(0, 1).ToDouble(), 50);
+
+  // A short Name array fails after the earlier columns were added.
+  DataCollection d;
+  EXPECT_TSX_ERROR(d.ImportSeriesFromArray(TableOf(1, 3, {1, 2, 3}), std::vector<std::string>{"p", "q"}), 10004,
+                   "Subscript out of range");
+  EXPECT_EQ(NamesOf(d), (std::vector<std::string>{"p", "q"}));
+  EXPECT_TSX_CODE(d.ImportSeriesFromArray(Matrix(3, 0), names), 10004);
+  EXPECT_TSX_CODE(d.ImportSeriesFromArray(Matrix(0, 2), names), 10004);
+
+  DataCollection empty;
+  EXPECT_TSX_ERROR(empty.ExportSeriesToArray(), 10004, "Subscript out of range");
+  EXPECT_TRUE(empty.ExportSeriesToArrayAlt().IsEmpty());
+}
+
+TEST(DataCollection, VariantArrayImport) {
+  DataCollection c;
+  Variant data = Variant::Array(2, 2);
+  data.At(0, 0) = 1.0;
+  data.At(0, 1) = 2;
+  data.At(1, 0) = 3.0;
+  data.At(1, 1) = 4.0;
+  EXPECT_TSX_ERROR(c.ImportSeriesFromArrayAlt(data, Variant("a")), 10042, "Expected variant array");
+  EXPECT_TSX_ERROR(c.ImportSeriesFromArrayAlt(Variant(1.0), Variant::Array({Variant("a")})), 10042,
+                   "Expected variant array");
+  c.ImportSeriesFromArrayAlt(data, Variant::Array({Variant("u"), Variant("v")}));
+  EXPECT_EQ(c.Item("v")->ExportToArray(), (std::vector<double>{2, 4}));
+  EXPECT_TSX_CODE(c.ImportSeriesFromArrayAlt(Variant::Array({Variant(1.0)}), Variant::Array({Variant("w")})), 10004);
+  data.At(1, 1) = "text";
+  EXPECT_TSX_ERROR(c.ImportSeriesFromArrayAlt(data, Variant::Array({Variant("u"), Variant("v")})), 10001,
+                   "General Error: Type mismatch");
+}
+
+TEST(DataCollection, ReadOnlyRefusesMembershipChanges) {
+  DataCollection c;
+  c.ImportSeriesFromArray(TableOf(2, 1, {1, 2}), std::vector<std::string>{"a"});
+  detail::DataAccess::SetReadOnly(c, true);
+  const char* ro = "The referenced object is read only";
+  EXPECT_TSX_ERROR(c.AddSeries("b"), 10032, ro);
+  EXPECT_TSX_ERROR(c.RemoveSeries(), 10032, ro);
+  EXPECT_TSX_ERROR(c.RemoveAllSeries(), 10032, ro);
+  EXPECT_TSX_ERROR(c.ClearRegressionKeys(), 10032, ro);
+  EXPECT_TSX_ERROR(c.ImportSeriesFromArray(Matrix(), std::vector<std::string>{}), 10032, ro);
+  EXPECT_TSX_ERROR(c.ImportSeriesFromArrayAlt(Variant(), Variant()), 10032, ro);
+  EXPECT_EQ(c.Item(1)->Name(), "a");
+  EXPECT_EQ(c.ExportSeriesToArray().Rows(), 2);
+  c.SetNumberDisplayFormats("0");
+  EXPECT_EQ(c.Item(1)->NumberDisplayFormat(), "0");
+  detail::DataAccess::SetReadOnly(c, false);
+  EXPECT_FALSE(c.Item(1)->IsReadOnly());
+  c.AddSeries("b");
+}
