@@ -2,7 +2,10 @@
 # Installs what the build, the tests and the tool need on a Debian machine.
 set -euo pipefail
 
-packages=(cmake ninja-build g++ clang libgtest-dev libbenchmark-dev pkg-config locales)
+# libcli11-dev: argument parsing of the tessarix tool; libexpat1-dev: the XML
+# checks of its tests.
+packages=(cmake ninja-build g++ clang libgtest-dev libbenchmark-dev pkg-config locales
+          libcli11-dev libexpat1-dev)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
