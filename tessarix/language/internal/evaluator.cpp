@@ -1,0 +1,170 @@
+#include "tessarix/language/internal/evaluator.hpp"
+
+#include <cmath>
+#include <cstdint>
+#include <limits>
+
+#include "tessarix/language/internal/function_table.hpp"
+#include "tessarix/language/internal/language_power.hpp"
+#include "tessarix/platform/rounding.hpp"
+
+namespace tessarix::detail {
+
+void PrepareScratch(const ModelProgram& program, EvaluationScratch& scratch) {
+  // Every record pushes at most one cell and runs at most once per
+  // evaluation (jumps go forward only), so the program length bounds the stack.
+  const std::size_t cells = program.code.size() + 1;
+  if (scratch.stack.size() < cells) scratch.stack.assign(cells, 0.0);
+}
+
+namespace {
+
+constexpr double kTrue = -1.0;
+constexpr double kFalse = 0.0;
+
+// The binary operators. False for a failed operation; the conversions to
+// 32-bit integers may also raise "Overflow", which the caller catches.
+[[nodiscard]] inline bool Binary(std::int16_t code, double a, double b, double& r) {
+  switch (static_cast<BinaryOp>(code)) {
+    case BinaryOp::Power: r = LanguagePower(a, b); break;
+    case BinaryOp::Add: r = a + b; break;
+    case BinaryOp::Subtract: r = a - b; break;
+    case BinaryOp::Multiply: r = a * b; break;
+    case BinaryOp::Divide:
+      if (b == 0.0) return false;
+      r = a / b;
+      break;
+    case BinaryOp::IntDivide: {
+      const std::int32_t ia = RoundToInt32(a), ib = RoundToInt32(b);
+      if (ib == 0) return false;
+      if (ia == std::numeric_limits<std::int32_t>::min() && ib == -1) return false;  // overflows 32 bits
+      r = static_cast<double>(ia / ib);
+      break;
+    }
+    case BinaryOp::Mod: {
+      const std::int32_t ia = RoundToInt32(a), ib = RoundToInt32(b);
+      if (ib == 0) return false;
+      r = ib == -1 ? 0.0 : static_cast<double>(ia % ib);
+      break;
+    }
+    case BinaryOp::Equal: r = a == b ? kTrue : kFalse; break;
+    case BinaryOp::Less: r = a < b ? kTrue : kFalse; break;
+    case BinaryOp::Greater: r = a > b ? kTrue : kFalse; break;
+    case BinaryOp::NotEqual: r = a != b ? kTrue : kFalse; break;
+    case BinaryOp::LessEqual: r = a <= b ? kTrue : kFalse; break;
+    case BinaryOp::GreaterEqual: r = a >= b ? kTrue : kFalse; break;
+    case BinaryOp::And: r = static_cast<double>(RoundToInt32(a) & RoundToInt32(b)); break;
+    case BinaryOp::Or: r = static_cast<double>(RoundToInt32(a) | RoundToInt32(b)); break;
+    case BinaryOp::Xor: r = static_cast<double>(RoundToInt32(a) ^ RoundToInt32(b)); break;
+    case BinaryOp::Eqv: r = static_cast<double>(~(RoundToInt32(a) ^ RoundToInt32(b))); break;
+    case BinaryOp::Imp: r = static_cast<double>(~RoundToInt32(a) | RoundToInt32(b)); break;
+    default: return false;
+  }
+  return std::isfinite(r);
+}
+
+// One-argument words; the common ones inline, the rest through the table.
+[[nodiscard]] inline double Function1(std::int16_t code, double v) {
+  switch (code) {
+    case 1: return std::fabs(v);
+    case 2: return std::exp(v);
+    case 6:
+    case 7: return v > 0.0 ? std::log(v) : std::numeric_limits<double>::quiet_NaN();
+    case 11: return v >= 0.0 ? std::sqrt(v) : std::numeric_limits<double>::quiet_NaN();
+    case 12: return std::cos(v);
+    case 13: return std::sin(v);
+    default: return ApplyFunction1(code, v);
+  }
+}
+
+bool Run(const ModelProgram& program, EvaluationScratch& scratch, const double* parameters, double x,
+         const DataStatistics& stats, double& y) {
+  const Instruction* code = program.code.data();
+  const std::int32_t length = static_cast<std::int32_t>(program.code.size()) - 1;
+  double* st = scratch.stack.data();
+  double* saved = scratch.saved.data();
+  std::int32_t sp = 0;
+  std::int32_t pc = 1;
+  // sp never goes below -1: every pop that would take it lower fails first,
+  // and every read of the top checks for the empty stack.
+  while (pc <= length) {
+    const Instruction& in = code[pc];
+    switch (in.op) {
+      case Instr::Skip: break;
+      case Instr::Variable: st[++sp] = x; break;
+      case Instr::Constant: st[++sp] = in.value; break;
+      case Instr::Parameter: st[++sp] = parameters[in.a]; break;
+      case Instr::DataWord: st[++sp] = stats.Lookup(static_cast<DataWord>(in.a)); break;
+      case Instr::Recall: st[++sp] = saved[in.a]; break;
+      case Instr::Save:
+        if (sp < 0) return false;
+        saved[in.a] = st[sp];
+        break;
+      case Instr::Negate:
+        if (sp < 0) return false;
+        st[sp] = -st[sp];
+        break;
+      case Instr::Not:
+        if (sp < 0) return false;
+        st[sp] = static_cast<double>(~RoundToInt32(st[sp]));
+        break;
+      case Instr::Binary: {
+        if (--sp < 0) return false;
+        double r;
+        if (!Binary(in.code, st[sp], st[sp + 1], r)) return false;
+        st[sp] = r;
+        break;
+      }
+      case Instr::Function1: {
+        if (sp < 0) return false;
+        const double r = Function1(in.code, st[sp]);
+        if (!std::isfinite(r)) return false;
+        st[sp] = r;
+        break;
+      }
+      case Instr::Function2:
+        if (--sp < 0) return false;
+        st[sp] = ApplyFunction2(in.code, st[sp], st[sp + 1]);
+        if (!std::isfinite(st[sp])) return false;
+        break;
+      case Instr::Function3:
+        sp -= 2;
+        if (sp < 0) return false;
+        st[sp] = ApplyFunction3(in.code, st[sp], st[sp + 1], st[sp + 2]);
+        if (!std::isfinite(st[sp])) return false;
+        break;
+      case Instr::If: {
+        // Only exactly -1 is true; the branch not taken is not evaluated.
+        if (sp < 0) return false;
+        const bool taken = st[sp] == kTrue;
+        --sp;
+        pc = taken ? in.a : in.b;
+        continue;
+      }
+      case Instr::EndTrue:
+        pc = in.a;
+        continue;
+      case Instr::Fail: return false;
+    }
+    ++pc;
+  }
+  if (sp < 0) return false;
+  y = st[sp];
+  return true;
+}
+
+}  // namespace
+
+bool EvaluateProgram(const ModelProgram& program, EvaluationScratch& scratch, const double* parameters, double x,
+                     const DataStatistics& stats, double& y) noexcept {
+  try {
+    if (scratch.stack.size() < program.code.size() + 1) PrepareScratch(program, scratch);
+    return Run(program, scratch, parameters, x, stats, y);
+  } catch (...) {
+    // A fault of a library routine, a conversion out of range, an exhausted
+    // allocator: the model cannot be evaluated here.
+    return false;
+  }
+}
+
+}  // namespace tessarix::detail
