@@ -5,7 +5,7 @@
 #include <limits>
 
 #include "tessarix/language/internal/function_table.hpp"
-#include "tessarix/language/internal/language_power.hpp"
+#include "tessarix/numerics/power.hpp"
 #include "tessarix/platform/rounding.hpp"
 
 namespace tessarix::detail {
@@ -26,7 +26,7 @@ constexpr double kFalse = 0.0;
 // 32-bit integers may also raise "Overflow", which the caller catches.
 [[nodiscard]] inline bool Binary(std::int16_t code, double a, double b, double& r) {
   switch (static_cast<BinaryOp>(code)) {
-    case BinaryOp::Power: r = LanguagePower(a, b); break;
+    case BinaryOp::Power: r = Power(a, b); break;
     case BinaryOp::Add: r = a + b; break;
     case BinaryOp::Subtract: r = a - b; break;
     case BinaryOp::Multiply: r = a * b; break;
