@@ -5,6 +5,7 @@
 #include <cstring>
 #include <string>
 
+#include "tessarix/numerics/polynomials.hpp"
 #include "tessarix/platform/checked.hpp"
 #include "tessarix/platform/fault.hpp"
 
@@ -168,13 +169,8 @@ double Elementary(std::int16_t code, Num v) {
     case 35: return (log((v + 1.0) / (v - 1.0)) / 2.0).value();
     case 36: return (v * 180.0 / kPi).value();
     case 37: return (v * kPi / 180.0).value();
-    case 90: return std::floor(d);
-    case 91: {
-      const double whole = std::floor(d);
-      if (d == whole) return d;
-      if (d > 0.0) return Checked(whole + 1.0);
-      return std::trunc(d);
-    }
+    case 90: return Floor(d);
+    case 91: return Ceil(d);
     default: break;
   }
   RaiseFault(FaultKind::InvalidCall);
@@ -188,12 +184,9 @@ double ApplyFunction1(std::int16_t code, double v) {
 
 double ApplyFunction2(std::int16_t code, double a, double b) {
   switch (code) {
-    case 71: return a >= b ? a : b;
-    case 72: return a >= b ? b : a;
-    case 73: {
-      const Num x = a, y = b;
-      return sqrt(x * x + y * y).value();
-    }
+    case 71: return MaxOf(a, b);
+    case 72: return MinOf(a, b);
+    case 73: return Magnitude(a, b);
     default: return SpecialFunction2(code, a, b);
   }
 }
