@@ -72,10 +72,12 @@ bool Compiler::CompileDefinition(ModelProgram& program, const std::string& text,
   Compiler c(program, decimal_separator, list_separator);
   program.conversion_flag = false;
   program.syntax_flag = false;
+  const std::int32_t length_before = program.Length();
   c.tok_.Reset(text);
   c.tok_.Next();
   c.ParseExpression(1, names, 0);
   if (!c.tok_.Token().empty()) c.Fault();
+  if (program.syntax_flag && program.Length() != length_before) program.well_formed = false;
   return !program.syntax_flag;
 }
 

@@ -63,20 +63,31 @@ constexpr double kFalse = 0.0;
   return std::isfinite(r);
 }
 
-// One-argument words; the common ones inline, the rest through the table.
-[[nodiscard]] inline double Function1(std::int16_t code, double v) {
-  switch (code) {
-    case 1: return std::fabs(v);
-    case 2: return std::exp(v);
-    case 6:
-    case 7: return v > 0.0 ? std::log(v) : std::numeric_limits<double>::quiet_NaN();
-    case 11: return v >= 0.0 ? std::sqrt(v) : std::numeric_limits<double>::quiet_NaN();
-    case 12: return std::cos(v);
-    case 13: return std::sin(v);
-    default: return ApplyFunction1(code, v);
+// Replaces the top by a one-argument result; false for a non-finite one.
+#define TSX_UNARY(expr)                       \
+  {                                           \
+    if (kChecked && sp < 0) return false;     \
+    const double v = st[sp];                  \
+    const double r = (expr);                  \
+    if (!std::isfinite(r)) return false;      \
+    st[sp] = r;                               \
+    break;                                    \
   }
-}
+// Pops one and combines; false for a non-finite result.
+#define TSX_BINARY(expr)                      \
+  {                                           \
+    --sp;                                     \
+    if (kChecked && sp < 0) return false;     \
+    const double a = st[sp], b = st[sp + 1];  \
+    const double r = (expr);                  \
+    if (!std::isfinite(r)) return false;      \
+    st[sp] = r;                               \
+    break;                                    \
+  }
 
+// kChecked: the program may hold partial records of a failed compile, so
+// every read of the top and every pop tests for the empty stack.
+template <bool kChecked>
 bool Run(const ModelProgram& program, EvaluationScratch& scratch, const double* parameters, double x,
          const DataStatistics& stats, double& y) {
   const Instruction* code = program.code.data();
@@ -97,17 +108,21 @@ bool Run(const ModelProgram& program, EvaluationScratch& scratch, const double* 
       case Instr::DataWord: st[++sp] = stats.Lookup(static_cast<DataWord>(in.a)); break;
       case Instr::Recall: st[++sp] = saved[in.a]; break;
       case Instr::Save:
-        if (sp < 0) return false;
+        if (kChecked && sp < 0) return false;
         saved[in.a] = st[sp];
         break;
       case Instr::Negate:
-        if (sp < 0) return false;
+        if (kChecked && sp < 0) return false;
         st[sp] = -st[sp];
         break;
       case Instr::Not:
-        if (sp < 0) return false;
+        if (kChecked && sp < 0) return false;
         st[sp] = static_cast<double>(~RoundToInt32(st[sp]));
         break;
+      case Instr::Add: TSX_BINARY(a + b)
+      case Instr::Subtract: TSX_BINARY(a - b)
+      case Instr::Multiply: TSX_BINARY(a * b)
+      case Instr::Divide: TSX_BINARY(b == 0.0 ? std::numeric_limits<double>::quiet_NaN() : a / b)
       case Instr::Binary: {
         if (--sp < 0) return false;
         double r;
@@ -115,18 +130,13 @@ bool Run(const ModelProgram& program, EvaluationScratch& scratch, const double* 
         st[sp] = r;
         break;
       }
-      case Instr::Function1: {
-        if (sp < 0) return false;
-        const double r = Function1(in.code, st[sp]);
-        if (!std::isfinite(r)) return false;
-        st[sp] = r;
-        break;
-      }
-      case Instr::Function2:
-        if (--sp < 0) return false;
-        st[sp] = ApplyFunction2(in.code, st[sp], st[sp + 1]);
-        if (!std::isfinite(st[sp])) return false;
-        break;
+      case Instr::Exp: TSX_UNARY(std::exp(v))
+      case Instr::Ln: TSX_UNARY(v > 0.0 ? std::log(v) : std::numeric_limits<double>::quiet_NaN())
+      case Instr::Sqrt: TSX_UNARY(v >= 0.0 ? std::sqrt(v) : std::numeric_limits<double>::quiet_NaN())
+      case Instr::Sin: TSX_UNARY(std::sin(v))
+      case Instr::Cos: TSX_UNARY(std::cos(v))
+      case Instr::Function1: TSX_UNARY(ApplyFunction1(in.code, v))
+      case Instr::Function2: TSX_BINARY(ApplyFunction2(in.code, a, b))
       case Instr::Function3:
         sp -= 2;
         if (sp < 0) return false;
@@ -135,7 +145,7 @@ bool Run(const ModelProgram& program, EvaluationScratch& scratch, const double* 
         break;
       case Instr::If: {
         // Only exactly -1 is true; the branch not taken is not evaluated.
-        if (sp < 0) return false;
+        if (kChecked && sp < 0) return false;
         const bool taken = st[sp] == kTrue;
         --sp;
         pc = taken ? in.a : in.b;
@@ -153,13 +163,17 @@ bool Run(const ModelProgram& program, EvaluationScratch& scratch, const double* 
   return true;
 }
 
+#undef TSX_UNARY
+#undef TSX_BINARY
+
 }  // namespace
 
 bool EvaluateProgram(const ModelProgram& program, EvaluationScratch& scratch, const double* parameters, double x,
                      const DataStatistics& stats, double& y) noexcept {
   try {
     if (scratch.stack.size() < program.code.size() + 1) PrepareScratch(program, scratch);
-    return Run(program, scratch, parameters, x, stats, y);
+    if (program.well_formed) return Run<false>(program, scratch, parameters, x, stats, y);
+    return Run<true>(program, scratch, parameters, x, stats, y);
   } catch (...) {
     // A fault of a library routine, a conversion out of range, an exhausted
     // allocator: the model cannot be evaluated here.

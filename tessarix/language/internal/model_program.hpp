@@ -58,7 +58,9 @@ struct JumpEntry {
 // (parameter, data word, jump) resolved when the program is finished.
 enum class Instr : std::uint8_t {
   Skip, Variable, Constant, Parameter, DataWord, Save, Recall, Negate, Not,
-  Binary,     // code: BinaryOp
+  Add, Subtract, Multiply, Divide,  // the IEEE operators, checked
+  Binary,     // code: BinaryOp, the others
+  Exp, Ln, Sqrt, Sin, Cos,            // the common one-argument words
   Function1,  // code: function code, replaces the top
   Function2,  // code: function code, pops one
   Function3,  // code: function code, pops two
@@ -96,6 +98,10 @@ struct ModelProgram {
 
   // The evaluator's form of the records, rebuilt by FinishProgram.
   std::vector<Instruction> code;
+  // False once a failed compile has left partial records: the evaluator then
+  // checks every pop for an empty stack. Records of successful compiles can
+  // never take the stack below its start.
+  bool well_formed = true;
 
   std::int32_t Length() const { return static_cast<std::int32_t>(ops.size()) - 1; }
 };

@@ -139,7 +139,15 @@ void FinishProgram(ModelProgram& program, std::int32_t parameter_count) {
         in.value = op.value;
         break;
       case OpKind::Unary: in.op = op.code == static_cast<std::int16_t>(UnaryOp::Negate) ? Instr::Negate : Instr::Not; break;
-      case OpKind::Binary: in.op = Instr::Binary; break;
+      case OpKind::Binary:
+        switch (static_cast<BinaryOp>(op.code)) {
+          case BinaryOp::Add: in.op = Instr::Add; break;
+          case BinaryOp::Subtract: in.op = Instr::Subtract; break;
+          case BinaryOp::Multiply: in.op = Instr::Multiply; break;
+          case BinaryOp::Divide: in.op = Instr::Divide; break;
+          default: in.op = Instr::Binary; break;
+        }
+        break;
       case OpKind::Parameter:
         // An index left by an earlier definition may lie outside the present
         // parameter array: such a record can only fail.
@@ -182,7 +190,17 @@ void FinishProgram(ModelProgram& program, std::int32_t parameter_count) {
         }
         if (op.code == kCodeEndIf) break;  // no effect
         switch (FunctionArity(op.code)) {
-          case 1: in.op = Instr::Function1; break;
+          case 1:
+            switch (op.code) {
+              case 2: in.op = Instr::Exp; break;
+              case 6:
+              case 7: in.op = Instr::Ln; break;
+              case 11: in.op = Instr::Sqrt; break;
+              case 12: in.op = Instr::Cos; break;
+              case 13: in.op = Instr::Sin; break;
+              default: in.op = Instr::Function1; break;
+            }
+            break;
           case 2: in.op = Instr::Function2; break;
           case 3: in.op = Instr::Function3; break;
           default: in.op = Instr::Fail; break;
