@@ -13,7 +13,7 @@ namespace tessarix::detail {
 void PrepareScratch(const ModelProgram& program, EvaluationScratch& scratch) {
   // Every record pushes at most one cell and runs at most once per
   // evaluation (jumps go forward only), so the program length bounds the stack.
-  const std::size_t cells = program.code.size() + 1;
+  const std::size_t cells = program.code.size() + 2;  // and cell -1
   if (scratch.stack.size() < cells) scratch.stack.assign(cells, 0.0);
 }
 
@@ -63,26 +63,35 @@ constexpr double kFalse = 0.0;
   return std::isfinite(r);
 }
 
+// The top of the stack is kept in a register (`top`); the cells below it are
+// in memory, st[1..sp-1]. A push spills the old top.
+#define TSX_PUSH(v)  \
+  {                  \
+    st[sp] = top;    \
+    ++sp;            \
+    top = (v);       \
+    break;           \
+  }
 // Replaces the top by a one-argument result; false for a non-finite one.
-#define TSX_UNARY(expr)                       \
-  {                                           \
-    if (kChecked && sp < 0) return false;     \
-    const double v = st[sp];                  \
-    const double r = (expr);                  \
-    if (!std::isfinite(r)) return false;      \
-    st[sp] = r;                               \
-    break;                                    \
+#define TSX_UNARY(expr)                   \
+  {                                       \
+    if (kChecked && sp < 0) return false; \
+    const double v = top;                 \
+    const double r = (expr);              \
+    if (!std::isfinite(r)) return false;  \
+    top = r;                              \
+    break;                                \
   }
 // Pops one and combines; false for a non-finite result.
-#define TSX_BINARY(expr)                      \
-  {                                           \
-    --sp;                                     \
-    if (kChecked && sp < 0) return false;     \
-    const double a = st[sp], b = st[sp + 1];  \
-    const double r = (expr);                  \
-    if (!std::isfinite(r)) return false;      \
-    st[sp] = r;                               \
-    break;                                    \
+#define TSX_BINARY(expr)                  \
+  {                                       \
+    --sp;                                 \
+    if (kChecked && sp < 0) return false; \
+    const double a = st[sp], b = top;     \
+    const double r = (expr);              \
+    if (!std::isfinite(r)) return false;  \
+    top = r;                              \
+    break;                                \
   }
 
 // kChecked: the program may hold partial records of a failed compile, so
@@ -92,9 +101,12 @@ bool Run(const ModelProgram& program, EvaluationScratch& scratch, const double* 
          const DataStatistics& stats, double& y) {
   const Instruction* code = program.code.data();
   const std::int32_t length = static_cast<std::int32_t>(program.code.size()) - 1;
-  double* st = scratch.stack.data();
+  // Cell -1 exists in memory, so that a push after an "if" that emptied the
+  // stack of a broken program spills into it harmlessly.
+  double* st = scratch.stack.data() + 1;
   double* saved = scratch.saved.data();
   std::int32_t sp = 0;
+  double top = st[0];
   std::int32_t pc = 1;
   // sp never goes below -1: every pop that would take it lower fails first,
   // and every read of the top checks for the empty stack.
@@ -102,32 +114,33 @@ bool Run(const ModelProgram& program, EvaluationScratch& scratch, const double* 
     const Instruction& in = code[pc];
     switch (in.op) {
       case Instr::Skip: break;
-      case Instr::Variable: st[++sp] = x; break;
-      case Instr::Constant: st[++sp] = in.value; break;
-      case Instr::Parameter: st[++sp] = parameters[in.a]; break;
-      case Instr::DataWord: st[++sp] = stats.Lookup(static_cast<DataWord>(in.a)); break;
-      case Instr::Recall: st[++sp] = saved[in.a]; break;
+      case Instr::Variable: TSX_PUSH(x)
+      case Instr::Constant: TSX_PUSH(in.value)
+      case Instr::Parameter: TSX_PUSH(parameters[in.a])
+      case Instr::DataWord: TSX_PUSH(stats.Lookup(static_cast<DataWord>(in.a)))
+      case Instr::Recall: TSX_PUSH(saved[in.a])
       case Instr::Save:
         if (kChecked && sp < 0) return false;
-        saved[in.a] = st[sp];
+        saved[in.a] = top;
         break;
       case Instr::Negate:
         if (kChecked && sp < 0) return false;
-        st[sp] = -st[sp];
+        top = -top;
         break;
       case Instr::Not:
         if (kChecked && sp < 0) return false;
-        st[sp] = static_cast<double>(~RoundToInt32(st[sp]));
+        top = static_cast<double>(~RoundToInt32(top));
         break;
       case Instr::Add: TSX_BINARY(a + b)
       case Instr::Subtract: TSX_BINARY(a - b)
       case Instr::Multiply: TSX_BINARY(a * b)
       case Instr::Divide: TSX_BINARY(b == 0.0 ? std::numeric_limits<double>::quiet_NaN() : a / b)
       case Instr::Binary: {
-        if (--sp < 0) return false;
+        --sp;
+        if (kChecked && sp < 0) return false;
         double r;
-        if (!Binary(in.code, st[sp], st[sp + 1], r)) return false;
-        st[sp] = r;
+        if (!Binary(in.code, st[sp], top, r)) return false;
+        top = r;
         break;
       }
       case Instr::Exp: TSX_UNARY(std::exp(v))
@@ -137,17 +150,20 @@ bool Run(const ModelProgram& program, EvaluationScratch& scratch, const double* 
       case Instr::Cos: TSX_UNARY(std::cos(v))
       case Instr::Function1: TSX_UNARY(ApplyFunction1(in.code, v))
       case Instr::Function2: TSX_BINARY(ApplyFunction2(in.code, a, b))
-      case Instr::Function3:
+      case Instr::Function3: {
         sp -= 2;
-        if (sp < 0) return false;
-        st[sp] = ApplyFunction3(in.code, st[sp], st[sp + 1], st[sp + 2]);
-        if (!std::isfinite(st[sp])) return false;
+        if (kChecked && sp < 0) return false;
+        const double r = ApplyFunction3(in.code, st[sp], st[sp + 1], top);
+        if (!std::isfinite(r)) return false;
+        top = r;
         break;
+      }
       case Instr::If: {
         // Only exactly -1 is true; the branch not taken is not evaluated.
         if (kChecked && sp < 0) return false;
-        const bool taken = st[sp] == kTrue;
+        const bool taken = top == kTrue;
         --sp;
+        top = st[sp];  // cell -1 at worst, never read as a value
         pc = taken ? in.a : in.b;
         continue;
       }
@@ -159,10 +175,11 @@ bool Run(const ModelProgram& program, EvaluationScratch& scratch, const double* 
     ++pc;
   }
   if (sp < 0) return false;
-  y = st[sp];
+  y = top;
   return true;
 }
 
+#undef TSX_PUSH
 #undef TSX_UNARY
 #undef TSX_BINARY
 
@@ -171,7 +188,7 @@ bool Run(const ModelProgram& program, EvaluationScratch& scratch, const double* 
 bool EvaluateProgram(const ModelProgram& program, EvaluationScratch& scratch, const double* parameters, double x,
                      const DataStatistics& stats, double& y) noexcept {
   try {
-    if (scratch.stack.size() < program.code.size() + 1) PrepareScratch(program, scratch);
+    if (scratch.stack.size() < program.code.size() + 2) PrepareScratch(program, scratch);
     if (program.well_formed) return Run<false>(program, scratch, parameters, x, stats, y);
     return Run<true>(program, scratch, parameters, x, stats, y);
   } catch (...) {
