@@ -72,6 +72,8 @@ void DataAccess::ReorderByIndex(DataSeries& series, std::span<const std::int32_t
 
 void DataAccess::SetReadOnly(DataSeries& series, bool read_only) noexcept { series.read_only_ = read_only; }
 
+bool DataAccess::StatisticsValid(const DataSeries& series) noexcept { return series.statistics_valid_; }
+
 const double* DataAccess::Values(const DataSeries& series) noexcept { return series.values_.data(); }
 
 std::shared_ptr<DataSeries> DataAccess::ReplaceSeries(DataCollection& collection, const std::string& name,

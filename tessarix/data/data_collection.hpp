@@ -93,6 +93,38 @@ class DataCollection {
 
   bool IsReadOnly() const noexcept { return read_only_; }
 
+  // ---- Sorting and pruning -------------------------------------------------
+
+  // Sorts each member by itself (rows are not kept together). A direction
+  // other than 0 or 1 raises 10028, also on an empty collection.
+  void Sort(SortTypeEnum SortDirection = tsxSortAscending);
+  // Prunes each member by its own values (rows are not kept together); an
+  // operator outside 0 .. 4 raises 10028.
+  void Prune(double Value, LogicalTypeEnum LogicalOperator);
+  // Sorts the rows by the member `SeriesIndex` (position or Name), keeping
+  // rows together; the order of rows with equal keys is not defined. 10028
+  // for a bad direction, 10012 for members of different lengths, 10001 for a
+  // SeriesIndex that names no member.
+  void SortOnSeries(const Variant& SeriesIndex, SortTypeEnum SortDirection = tsxSortAscending);
+  // Removes from every member the rows whose value in member `SeriesIndex`
+  // passes "v <op> Value". 10012 for members of different lengths; a position
+  // out of range raises 10005, an unknown Name 10001; 10028 for a bad
+  // operator. All members may end up empty; they stay in the collection.
+  void PruneOnSeries(const Variant& SeriesIndex, double Value, LogicalTypeEnum LogicalOperator);
+
+  // ---- Statistics between members --------------------------------------------
+
+  // Pearson correlation sxy / (sqrt(sxx * syy) + 1E-20) of two members given
+  // by position or Name: a constant member gives 0, and two equal members
+  // give a value a hair below 1 in magnitude. Two arguments that are equal as
+  // Variants (Item 1 and Item 1) give exactly 1 without computing; a position
+  // and the Name of the same member are not equal and are computed. 10012
+  // when the lengths differ, 10007 when they are not above 1, 10001 for an
+  // argument that names no member.
+  double CalculateCorrelation(const Variant& SeriesIndex1, const Variant& SeriesIndex2);
+  // Sample covariance sxy / (n - 1), with the checks of CalculateCorrelation.
+  double CalculateCovariance(const Variant& SeriesIndex1, const Variant& SeriesIndex2);
+
  private:
   friend struct detail::DataAccess;
 

@@ -7,6 +7,8 @@
 #include "tessarix/core/error_handler.hpp"
 #include "tessarix/data/internal/operation_handler.hpp"
 #include "tessarix/platform/checked.hpp"
+#include "tessarix/platform/number_format.hpp"
+#include "tessarix/platform/number_text.hpp"
 
 namespace tessarix {
 
@@ -37,10 +39,12 @@ void DataSeries::EnsurePositions(std::int64_t n) {
 void DataSeries::AddObservation(double Value) {
   GuardWritable();
   detail::RunUnderHandler([&] {
+    // No value of the library is NaN or infinite, observations included.
+    const double v = Checked(Value);
     InvalidateStatistics();
     const std::int64_t n = static_cast<std::int64_t>(count_) + 1;
     EnsurePositions(n);
-    values_[static_cast<std::size_t>(n)] = Value;
+    values_[static_cast<std::size_t>(n)] = v;
     count_ = static_cast<std::int32_t>(n);
   });
 }
@@ -96,6 +100,7 @@ void DataSeries::ImportFromArray(std::span<const double> DataArray, bool AppendD
     // An array without dimensions has no upper bound to read.
     if (DataArray.empty()) detail::RaiseFault(detail::FaultKind::SubscriptOutOfRange);
     const std::int32_t n = CountOf(static_cast<std::int64_t>(DataArray.size()));
+    for (double v : DataArray) (void)Checked(v);
     InvalidateStatistics();
     const std::int32_t first = AppendData ? count_ + 1 : 1;
     const std::int32_t total = CountOf(static_cast<std::int64_t>(first) + n - 1);
@@ -114,7 +119,8 @@ void DataSeries::ImportFromArrayAlt(const Variant& DataArray, bool AppendData) {
     // Convert every element before touching the series, so that an element
     // that is no number changes nothing.
     std::vector<double> converted(static_cast<std::size_t>(upper) + 1);
-    for (std::int32_t i = 0; i <= upper; ++i) converted[static_cast<std::size_t>(i)] = DataArray.At(i).ToDouble();
+    for (std::int32_t i = 0; i <= upper; ++i)
+      converted[static_cast<std::size_t>(i)] = Checked(DataArray.At(i).ToDouble());
     InvalidateStatistics();
     const std::int32_t first = AppendData ? count_ + 1 : 1;
     const std::int32_t total = CountOf(static_cast<std::int64_t>(first) + upper);
@@ -143,13 +149,19 @@ Variant DataSeries::ExportToArrayAlt() {
 void DataSeries::SetObservation(std::int32_t ObservationIndex, double Value) {
   GuardWritable();
   if (ObservationIndex < 0 || ObservationIndex >= count_) RaiseLibraryError(ErrorId::ObservationIndexOutOfBounds);
-  values_[static_cast<std::size_t>(ObservationIndex) + 1] = Value;
+  values_[static_cast<std::size_t>(ObservationIndex) + 1] = detail::RunUnderHandler([&] { return Checked(Value); });
   InvalidateStatistics();
 }
 
 double DataSeries::GetObservation(std::int32_t ObservationIndex) {
   if (ObservationIndex < 0 || ObservationIndex >= count_) RaiseLibraryError(ErrorId::ObservationIndexOutOfBounds);
   return values_[static_cast<std::size_t>(ObservationIndex) + 1];
+}
+
+std::string DataSeries::GetObservationFormatted(std::int32_t ObservationIndex) {
+  const double value = GetObservation(ObservationIndex);
+  if (detail::IsGeneralFormat(number_display_format_)) return detail::NumberText(value);
+  return detail::FormatNumber(value, number_display_format_);
 }
 
 std::int32_t DataSeries::GetObservationIndex(SearchTypeEnum SearchType, double SearchValue) {

@@ -106,9 +106,64 @@ class DataSeries {
   // value = Factor * value, all or nothing as Transform; nothing on an empty series.
   void Multiply(double Factor);
 
+  // ---- Statistics ----------------------------------------------------------
+  // Computed together in one pass for the extremes and the sum, a second for
+  // the deviations and one sort of a copy for the median, then cached until
+  // the values change (Sort keeps the cache: no statistic depends on order).
+  //
+  // Too few observations raise 10007. Maximum, Mean, Sum, Median and Range
+  // need one observation (with exactly one they give the value, Range 0);
+  // all others need two, Minimum too, although its value is known. A
+  // floating-point fault while computing (an overflow of a fourth power)
+  // raises 10008.
+  //
+  // Estimators, for n observations with deviations d = value - Mean:
+  //   MeanAbsoluteDeviation = sum |d| / n
+  //   SumOfSquaredDeviation = sum d^2
+  //   MeanSquareDeviation   = sum d^2 / n (population form)
+  //   RootMeanSquare        = sqrt(MeanSquareDeviation): about the mean, not of the raw values
+  //   Variance              = (sum d^2 - (sum d)^2 / n) / (n - 1) (sample form, corrected two-pass)
+  //   StandardDeviation     = sqrt(Variance)
+  //   Skewness              = sum d^3 / (StandardDeviation^3 * n), 0 when Variance is 0
+  //   Kurtosis              = sum d^4 / (Variance^2 * n) - 3 (excess), 0 when Variance is 0
+  //   Median                = for even n the mean of the two middle values; for odd n the
+  //                           sorted element at position n / 2 + 1 rounded half to even, so
+  //                           for n = 5, 9, 13, ... the element just above the middle.
+  double Maximum() const;
+  double Minimum() const;
+  double Mean() const;
+  double Sum() const;
+  double MeanAbsoluteDeviation() const;
+  double MeanSquareDeviation() const;
+  double Median() const;
+  double Range() const;
+  double RootMeanSquare() const;
+  double StandardDeviation() const;
+  double SumOfSquaredDeviation() const;
+  double Variance() const;
+  double Kurtosis() const;
+  double Skewness() const;
+
+  // ---- Sorting and pruning -------------------------------------------------
+
+  // Sorts the values in place (not stable). With fewer than two observations
+  // nothing happens, not even the direction is checked; otherwise a direction
+  // other than 0 or 1 raises 10028. Keeps the statistics cache.
+  void Sort(SortTypeEnum SortDirection = tsxSortAscending);
+
+  // Removes every observation v for which "v <op> Value" holds (exact
+  // comparison: tsxLogicalLessThan keeps values equal to Value). An operator
+  // outside 0 .. 4 raises 10028. The series may end up empty.
+  void Prune(double Value, LogicalTypeEnum LogicalOperator);
+
   // 10009 outside 0 .. NumObservations() - 1 (tsxLast has no meaning here).
   void SetObservation(std::int32_t ObservationIndex, double Value);
   double GetObservation(std::int32_t ObservationIndex);
+  // The value as text: the general form (15 significant digits, the locale's
+  // decimal separator) when NumberDisplayFormat is "" or "General" in any
+  // case, else formatted by it (digit placeholders 0 and #, grouping, %,
+  // scientific, literal text, sections, named formats such as "Standard").
+  std::string GetObservationFormatted(std::int32_t ObservationIndex);
 
   // The index of the first smallest value (tsxMinimum), the first largest
   // (tsxMaximum) or the first value exactly equal to SearchValue (tsxValue; -1
@@ -129,6 +184,20 @@ class DataSeries {
   void EnsurePositions(std::int64_t n);
   void InvalidateStatistics() noexcept { statistics_valid_ = false; }
 
+  // The cached statistics, in this order.
+  struct StatisticsCache {
+    double maximum = 0, minimum = 0, mean = 0, sum = 0, mean_absolute_deviation = 0, mean_square_deviation = 0,
+           median = 0, range = 0, root_mean_square = 0, standard_deviation = 0, sum_of_squared_deviation = 0,
+           variance = 0, kurtosis = 0, skewness = 0;
+  };
+  // Fills the cache; false (cache not valid) with fewer than two observations
+  // or on a floating-point fault.
+  bool ComputeStatistics() const;
+  double ComputeMedian() const;
+  // The cached statistics, computed first when needed; 10007 when the series
+  // has fewer than `minimum_count` observations, 10008 when computing fails.
+  const StatisticsCache& Statistics(std::int32_t minimum_count) const;
+
   std::string name_;
   std::int32_t count_ = 0;
   // The observation of public index k sits at position k + 1; position 0 is
@@ -141,6 +210,7 @@ class DataSeries {
   bool read_only_ = false;
   std::string tag_;
   mutable bool statistics_valid_ = false;
+  mutable StatisticsCache statistics_;
 };
 
 }  // namespace tessarix

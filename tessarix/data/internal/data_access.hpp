@@ -64,6 +64,9 @@ struct DataAccess {
 
   static void SetReadOnly(DataSeries& series, bool read_only) noexcept;
 
+  // Whether the cached statistics are current (for tests of the cache).
+  static bool StatisticsValid(const DataSeries& series) noexcept;
+
   // Read access to the one-based storage: element k (1 .. NumObservations)
   // is observation k - 1. Valid until the series changes.
   static const double* Values(const DataSeries& series) noexcept;
