@@ -12,7 +12,9 @@ namespace tessarix::detail {
 
 // ln(Gamma(xx)) by the six-term Lanczos approximation, about 1e-10 relative
 // for xx > 0. A non-positive argument fails in one of the logarithms or
-// divisions of the formula.
+// divisions of the formula, except where the formula continues on its own:
+// in the intervals above -5.5 where Gamma is positive (-2..-1, -4..-3, part of
+// -6..-5) the result approximates ln Gamma (GammaLn(-1.5) = 0.86004701...).
 [[nodiscard]] double GammaLn(double xx);
 
 // n! for the integer part of n: the exact product up to 32, exp(GammaLn(n + 1))
