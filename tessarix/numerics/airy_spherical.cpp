@@ -30,8 +30,8 @@ AiryResult Airy(double x) {
   constexpr double kPi = 3.14159265358979;
   const Num third = 1.0 / Num(3.0);
   const Num twothird = 2.0 * third;
-  constexpr double kC = 0.57735027;         // 1/sqrt(3)
-  constexpr double kTwoC = 1.15470054;      // 2/sqrt(3), stored as its own value
+  constexpr double kC = 0.57735027;     // 1/sqrt(3)
+  constexpr double kTwoC = 1.15470054;  // 2/sqrt(3), stored as its own value
   const Num nx = x;
   const Num absx = abs(nx);
   const Num rootx = sqrt(absx);

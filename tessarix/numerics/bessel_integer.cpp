@@ -29,8 +29,7 @@ Num Poly(const auto& coefficients, Num y) { return PowerSum(coefficients, y.valu
 struct Asymptotic {
   Num root, xx, z, a, b;
 };
-Asymptotic AsymptoticTerms(Num ax, double phase, const std::array<double, 5>& ca,
-                           const std::array<double, 5>& cb) {
+Asymptotic AsymptoticTerms(Num ax, double phase, const std::array<double, 5>& ca, const std::array<double, 5>& cb) {
   const Num z = 8.0 / ax;
   const Num y = Power(z, 2.0);
   return {sqrt(kTwoOverPi / ax), ax - phase, z, Poly(ca, y), Poly(cb, y)};
@@ -49,8 +48,7 @@ std::int32_t MillerOffset(std::int32_t n) {
 double BesselJ0(double x) {
   static constexpr std::array<double, 6> kP = {57568490574.0, -13362590354.0, 651619640.7,
                                                -11214424.18,  77392.33017,    -184.9052456};
-  static constexpr std::array<double, 6> kQ = {57568490411.0, 1029532985.0, 9494680.718,
-                                               59272.64853,   267.8532712,  1.0};
+  static constexpr std::array<double, 6> kQ = {57568490411.0, 1029532985.0, 9494680.718, 59272.64853, 267.8532712, 1.0};
   const Num ax = abs(Num(x));
   if (ax < 8.0) {
     const Num y = Power(Num(x), 2.0);
@@ -78,8 +76,7 @@ double BesselJ1(double x) {
 double BesselY0(double x) {
   static constexpr std::array<double, 6> kP = {-2957821389.0, 7062834065.0, -512359803.6,
                                                10879881.29,   -86327.92757, 228.4622733};
-  static constexpr std::array<double, 6> kQ = {40076544269.0, 745249964.8, 7189466.438,
-                                               47447.2647,    226.1030244, 1.0};
+  static constexpr std::array<double, 6> kQ = {40076544269.0, 745249964.8, 7189466.438, 47447.2647, 226.1030244, 1.0};
   if (x < 8.0) {
     const Num y = Power(Num(x), 2.0);
     // 0.636619722 here, against 0.636619772 elsewhere: the library's value.
@@ -96,9 +93,7 @@ double BesselY1(double x) {
                                                102042.605,       354.9632885,    1.0};
   if (x < 8.0) {
     const Num y = Power(Num(x), 2.0);
-    return (x * Poly(kP, y) / Poly(kQ, y) +
-            kTwoOverPi * (Num(BesselJ1(x)) * log(Num(x)) - 1.0 / Num(x)))
-        .value();
+    return (x * Poly(kP, y) / Poly(kQ, y) + kTwoOverPi * (Num(BesselJ1(x)) * log(Num(x)) - 1.0 / Num(x))).value();
   }
   const Asymptotic t = AsymptoticTerms(Num(x), 2.356194491, kA1, kB1);
   return (t.root * (sin(t.xx) * t.a + t.z * cos(t.xx) * t.b)).value();
@@ -107,9 +102,8 @@ double BesselY1(double x) {
 double BesselI0(double x) {
   static constexpr std::array<double, 7> kSmall = {1.0,       3.5156229, 3.0899424, 1.2067492,
                                                    0.2659732, 0.0360768, 0.0045813};
-  static constexpr std::array<double, 9> kLarge = {0.39894228,  0.01328592,  0.0225319,
-                                                   -0.00157565, 0.00916281,  -0.02057706,
-                                                   0.02635537,  -0.01647633, 0.00392377};
+  static constexpr std::array<double, 9> kLarge = {0.39894228,  0.01328592, 0.0225319,   -0.00157565, 0.00916281,
+                                                   -0.02057706, 0.02635537, -0.01647633, 0.00392377};
   const Num ax = abs(Num(x));
   if (ax < 3.75) {
     const Num y = Power(Num(x) / 3.75, 2.0);
@@ -122,9 +116,8 @@ double BesselI0(double x) {
 double BesselI1(double x) {
   static constexpr std::array<double, 7> kSmall = {0.5,        0.87890594, 0.51498869, 0.15084934,
                                                    0.02658733, 0.00301532, 0.00032411};
-  static constexpr std::array<double, 9> kLarge = {0.39894228,  -0.03988024, -0.00362018,
-                                                   0.00163801,  -0.01031555, 0.02282967,
-                                                   -0.02895312, 0.01787654,  -0.00420059};
+  static constexpr std::array<double, 9> kLarge = {0.39894228, -0.03988024, -0.00362018, 0.00163801, -0.01031555,
+                                                   0.02282967, -0.02895312, 0.01787654,  -0.00420059};
   const Num ax = abs(Num(x));
   Num ans;
   if (ax < 3.75) {
@@ -138,10 +131,10 @@ double BesselI1(double x) {
 }
 
 double BesselK0(double x) {
-  static constexpr std::array<double, 7> kSmall = {-0.57721566, 0.4227842,  0.23069756, 0.0348859,
-                                                   0.00262698,  0.0001075,  7.4e-06};
-  static constexpr std::array<double, 7> kLarge = {1.25331414,  -0.07832358, 0.02189568, -0.01062446,
-                                                   0.00587872,  -0.0025154,  0.00053208};
+  static constexpr std::array<double, 7> kSmall = {-0.57721566, 0.4227842, 0.23069756, 0.0348859,
+                                                   0.00262698,  0.0001075, 7.4e-06};
+  static constexpr std::array<double, 7> kLarge = {1.25331414, -0.07832358, 0.02189568, -0.01062446,
+                                                   0.00587872, -0.0025154,  0.00053208};
   const Num nx = x;
   if (x <= 2.0) {
     const Num y = Power(nx, 2.0) / 4.0;

@@ -63,12 +63,18 @@ double ChebyshevValue(double a, double b, std::span<const double> c, std::int32_
 
 GammaTerms GammaSeriesTerms(double x) {
   // One-based tables: element 0 is not read.
-  static constexpr std::array<double, 8> kC1 = {0.0,          -1.14202268037117, 0.00651651126707,
-                                                0.000308709017308, -3.470626964e-06, 6.943764e-09,
-                                                3.678e-11,    -1.36e-13};
-  static constexpr std::array<double, 9> kC2 = {0.0,          1.84374058730091, -0.076852840844786,
-                                                0.001271927136655, -4.971736704e-06, -3.312612e-08,
-                                                2.4231e-10,   -1.7e-13,         -1e-15};
+  static constexpr std::array<double, 8> kC1 = {
+      0.0,          -1.14202268037117, 0.00651651126707, 0.000308709017308, -3.470626964e-06,
+      6.943764e-09, 3.678e-11,         -1.36e-13};
+  static constexpr std::array<double, 9> kC2 = {0.0,
+                                                1.84374058730091,
+                                                -0.076852840844786,
+                                                0.001271927136655,
+                                                -4.971736704e-06,
+                                                -3.312612e-08,
+                                                2.4231e-10,
+                                                -1.7e-13,
+                                                -1e-15};
   const Num nx = x;
   const double xx = (8.0 * Square(nx) - 1.0).value();
   GammaTerms t;
@@ -87,7 +93,8 @@ BesselJYResult BesselJY(double x_in, double nu_in) {
   const Num nu = nu_in;
   // Below the switch point recur down to |xmu| <= 1/2; above it only as far
   // as needed for xmu < x, where CF2 converges.
-  const std::int32_t nl = x_in < kSwitchX ? RecurrenceSteps((nu + 0.5).value()) : RecurrenceSteps((nu - x + 1.5).value());
+  const std::int32_t nl =
+      x_in < kSwitchX ? RecurrenceSteps((nu + 0.5).value()) : RecurrenceSteps((nu - x + 1.5).value());
   const Num xmu = nu - static_cast<double>(nl);
   const Num xmu2 = Square(xmu);
   const Num xi = 1.0 / x;

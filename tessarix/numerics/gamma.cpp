@@ -24,9 +24,8 @@ constexpr double kEuler = 0.5772156649;
 double GammaLn(double xx) {
   // The coefficients, the series start 1.00000000019001 and sqrt(2 pi) as
   // 2.506628274631 are the library's values, shorter than the published ones.
-  static constexpr std::array<double, 6> kCoefficients = {
-      76.1800917294715, -86.5053203294168, 24.0140982408309,
-      -1.23173957245015, 0.00120865097386618, -5.395239384953e-06};
+  static constexpr std::array<double, 6> kCoefficients = {76.1800917294715,  -86.5053203294168,   24.0140982408309,
+                                                          -1.23173957245015, 0.00120865097386618, -5.395239384953e-06};
   const Num x = xx;
   Num tmp = x + 5.5;
   tmp = tmp - (x + 0.5) * log(tmp);

@@ -137,8 +137,7 @@ void GaussJordanSolve(Matrix1& a, std::int32_t n, Vector1& b, std::string& error
 void ExpandCovariance(Matrix1& covar, std::int32_t parameter_count, std::span<const std::int32_t> ia,
                       std::int32_t fitted_count) {
   if (parameter_count < 0 || covar.Rows() < parameter_count || covar.Cols() < parameter_count ||
-      ia.size() < static_cast<std::size_t>(parameter_count) + 1 || fitted_count < 0 ||
-      fitted_count > parameter_count) {
+      ia.size() < static_cast<std::size_t>(parameter_count) + 1 || fitted_count < 0 || fitted_count > parameter_count) {
     RaiseFault(FaultKind::SubscriptOutOfRange);
   }
   std::int32_t marked = 0;

@@ -121,8 +121,8 @@ Num Bidiagonalize(Matrix1& am, std::int32_t rows, std::int32_t columns, Vector1&
 
 // Accumulates the right-hand transformations into v, then the left-hand
 // ones into a, which becomes U.
-void Accumulate(Matrix1& am, Matrix1& vm, std::int32_t rows, std::int32_t columns, const Vector1& w,
-                const Vector1& rv1, Num g, std::int32_t l) {
+void Accumulate(Matrix1& am, Matrix1& vm, std::int32_t rows, std::int32_t columns, const Vector1& w, const Vector1& rv1,
+                Num g, std::int32_t l) {
   const Access a{am};
   const Access v{vm};
   for (std::int32_t i = columns; i >= 1; --i) {
@@ -315,8 +315,8 @@ void SingularValueDecomposition(Matrix1& a, std::int32_t rows, std::int32_t colu
 void SingularValueBackSubstitution(const Matrix1& u, const Vector1& w, const Matrix1& v, std::int32_t rows,
                                    std::int32_t columns, const Vector1& r, Vector1& c) {
   const auto size = static_cast<std::size_t>(columns) + 1;
-  if (rows < 0 || columns < 0 || u.Rows() < rows || u.Cols() < columns || w.size() < size ||
-      v.Rows() < columns || v.Cols() < columns || r.size() < static_cast<std::size_t>(rows) + 1) {
+  if (rows < 0 || columns < 0 || u.Rows() < rows || u.Cols() < columns || w.size() < size || v.Rows() < columns ||
+      v.Cols() < columns || r.size() < static_cast<std::size_t>(rows) + 1) {
     RaiseFault(FaultKind::SubscriptOutOfRange);
   }
   if (c.size() < size) {

@@ -30,8 +30,7 @@ TEST(GaussJordanSolve, InverseAndSolutionsOfAWellConditionedSystem) {
   // A zero on the diagonal needs the pivoting.
   Matrix1 a = FromRows({{0, 2, 1}, {1, 1, 0}, {3, 0, 1}});
   // det = 0*(1) - 2*(1 - 0) + 1*(0 - 3) = -5; inverse = adj / det.
-  const std::vector<std::vector<double>> inverse = {
-      {-0.2, 0.4, 0.2}, {0.2, 0.6, -0.2}, {0.6, -1.2, 0.4}};
+  const std::vector<std::vector<double>> inverse = {{-0.2, 0.4, 0.2}, {0.2, 0.6, -0.2}, {0.6, -1.2, 0.4}};
   Matrix1 b = FromRows({{5, 1}, {3, 0}, {4, 0}});  // solutions (1, 2, 1) and the first column of the inverse
   std::string text = "unchanged";
   GaussJordanSolve(a, 3, b, 2, text);

@@ -31,5 +31,5 @@ inline bool Near(double actual, double expected, double tolerance) {
 
 }  // namespace tessarix::test
 
-#define EXPECT_REL_NEAR(actual, expected, tolerance)                                          \
+#define EXPECT_REL_NEAR(actual, expected, tolerance) \
   EXPECT_PRED3(::tessarix::test::Near, (actual), (expected), (tolerance))

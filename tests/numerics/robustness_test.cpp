@@ -24,9 +24,8 @@ using namespace tessarix::detail;
 
 namespace {
 
-const std::vector<double> kArguments = {-1e308, -1e10, -700.0, -3.5, -1.0, -0.5, -1e-310, -0.0, 0.0,
-                                        1e-310, 1e-5,  0.5,    1.0,  2.0,  3.75, 8.0,    30.0, 100.0,
-                                        709.0,  1e5,   1e10,   1e308};
+const std::vector<double> kArguments = {-1e308, -1e10, -700.0, -3.5, -1.0, -0.5, -1e-310, -0.0,  0.0, 1e-310, 1e-5,
+                                        0.5,    1.0,   2.0,    3.75, 8.0,  30.0, 100.0,   709.0, 1e5, 1e10,   1e308};
 const std::vector<std::int32_t> kOrders = {-1, 0, 1, 2, 3, 17, 300, 32767};
 
 struct Outcome {
@@ -67,13 +66,25 @@ void Probe(Outcome& outcome, const Call& call, F&& f) {
 
 TEST(NumericsRobustness, OneArgumentRoutines) {
   using One = double (*)(double);
-  const std::vector<std::pair<const char*, One>> routines = {
-      {"GammaLn", GammaLn},     {"Factorial", Factorial}, {"FactorialLn", FactorialLn}, {"Digamma", Digamma},
-      {"Erf", Erf},             {"Erfc", Erfc},           {"BesselJ0", BesselJ0},       {"BesselJ1", BesselJ1},
-      {"BesselY0", BesselY0},   {"BesselY1", BesselY1},   {"BesselI0", BesselI0},       {"BesselI1", BesselI1},
-      {"BesselK0", BesselK0},   {"BesselK1", BesselK1},   {"Floor", Floor},             {"Ceil", Ceil}};
+  const std::vector<std::pair<const char*, One>> routines = {{"GammaLn", GammaLn},
+                                                             {"Factorial", Factorial},
+                                                             {"FactorialLn", FactorialLn},
+                                                             {"Digamma", Digamma},
+                                                             {"Erf", Erf},
+                                                             {"Erfc", Erfc},
+                                                             {"BesselJ0", BesselJ0},
+                                                             {"BesselJ1", BesselJ1},
+                                                             {"BesselY0", BesselY0},
+                                                             {"BesselY1", BesselY1},
+                                                             {"BesselI0", BesselI0},
+                                                             {"BesselI1", BesselI1},
+                                                             {"BesselK0", BesselK0},
+                                                             {"BesselK1", BesselK1},
+                                                             {"Floor", Floor},
+                                                             {"Ceil", Ceil}};
   Outcome outcome;
-  for (const auto& [name, f] : routines) {
+  for (const auto& [name, routine] : routines) {
+    const auto f = routine;  // a plain copy: lambdas cannot capture bindings in C++20
     for (const double x : kArguments) {
       Probe(outcome, Call(name, x), [&] { return std::vector<double>{f(x)}; });
     }
@@ -91,13 +102,14 @@ TEST(NumericsRobustness, OneArgumentRoutines) {
 TEST(NumericsRobustness, TwoAndThreeArgumentRoutines) {
   using Two = double (*)(double, double);
   const std::vector<std::pair<const char*, Two>> routines = {
-      {"GammaP", GammaP}, {"GammaQ", GammaQ}, {"BetaFunction", BetaFunction}, {"MaxOf", MaxOf},
-      {"MinOf", MinOf},   {"Magnitude", Magnitude}};
+      {"GammaP", GammaP}, {"GammaQ", GammaQ}, {"BetaFunction", BetaFunction},
+      {"MaxOf", MaxOf},   {"MinOf", MinOf},   {"Magnitude", Magnitude}};
   Outcome outcome;
   for (const double a : kArguments) {
     for (const double b : kArguments) {
       Probe(outcome, Call("Power", a, b), [&] { return std::vector<double>{Power(a, b)}; });
-      for (const auto& [name, f] : routines) {
+      for (const auto& [name, routine] : routines) {
+        const auto f = routine;  // a plain copy: lambdas cannot capture bindings in C++20
         Probe(outcome, Call(name, a, b), [&] { return std::vector<double>{f(a, b)}; });
       }
       Probe(outcome, Call("BesselJY", a, b), [&] {
@@ -129,7 +141,8 @@ TEST(NumericsRobustness, IntegerOrderRoutines) {
   Outcome outcome;
   for (const std::int32_t n : kOrders) {
     for (const double x : kArguments) {
-      for (const auto& [name, f] : routines) {
+      for (const auto& [name, routine] : routines) {
+        const auto f = routine;  // a plain copy: lambdas cannot capture bindings in C++20
         Probe(outcome, Call(name, n, x), [&] { return std::vector<double>{f(n, x)}; });
       }
       Probe(outcome, Call("SphericalBessel", n, x), [&] {

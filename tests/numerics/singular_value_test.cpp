@@ -177,8 +177,9 @@ TEST(SingularValueBackSubstitution, OnlyAnExactZeroIsDropped) {
   EXPECT_EQ(c[2], 0.0);
   SingularValueBackSubstitution(u, Vector1{0, 2, 1e-20}, v, 3, 2, r, c);
   EXPECT_EQ(c[2], 3e20);
-  EXPECT_EQ(FailureOf([&] { SingularValueBackSubstitution(u, Vector1{0, 2, 1e-320}, v, 3, 2, r, c); }),
-            "Overflow");
-  EXPECT_EQ(FailureOf([&] { SingularValueBackSubstitution(u, Vector1{0, 2}, v, 3, 2, r, c); }),
+  EXPECT_EQ(FailureOf([&] { SingularValueBackSubstitution(u, Vector1{0, 2, 1e-320}, v, 3, 2, r, c); }), "Overflow");
+  EXPECT_EQ(FailureOf([&] {
+              SingularValueBackSubstitution(u, Vector1{0, 2}, v, 3, 2, r, c);
+            }),
             "Subscript out of range");
 }
