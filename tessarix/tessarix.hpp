@@ -3,7 +3,10 @@
 
 #include "tessarix/core/enums.hpp"
 #include "tessarix/core/error.hpp"
+#include "tessarix/core/events.hpp"
 #include "tessarix/core/global_constants.hpp"
+#include "tessarix/core/nonlinear_regression.hpp"
+#include "tessarix/core/regression_parameters.hpp"
 #include "tessarix/data/data_collection.hpp"
 #include "tessarix/data/data_series.hpp"
 #include "tessarix/platform/matrix.hpp"

@@ -1,0 +1,57 @@
+// The per-kind state of a regression model: what a definition leaves for the
+// evaluation, kept in one place so that each kind of model adds its own
+// members here without touching the engine.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "tessarix/core/enums.hpp"
+#include "tessarix/language/model_definition.hpp"
+#include "tessarix/numerics/one_based.hpp"
+#include "tessarix/platform/variant.hpp"
+
+namespace tessarix::detail {
+
+// The extrapolation table of the numerical parameter derivatives: indexes
+// 0..10 in both dimensions, rows and columns 1..10 used.
+inline constexpr std::int32_t kDerivativeTableSize = 10;
+
+struct ModelState {
+  ModelTypeEnum type = tsxModelUser;
+
+  // The model's text as the log prints it in the line that opens a run
+  // (element 0); user models keep their sub-definitions after it.
+  std::vector<std::string> model_text;
+  // "User Model: " + definition for a user model, the catalogue's label for a
+  // pre-defined model.
+  std::string model_file_label;
+
+  // The stored definitions in English and in the caller's local form; the
+  // ModelDefinition getters hand out copies.
+  tessarix::ModelDefinition definition_english;
+  tessarix::ModelDefinition definition_local;
+
+  // Set while a definition runs and it fails part-way.
+  bool definition_failed = false;
+
+  // External models: the caller's derivatives or numerical ones; the Alt
+  // events instead of the plain ones; the arrays handed to the events,
+  // zero-based, sized once by the definition.
+  bool external_derivatives = false;
+  bool alternative_events = false;
+  std::vector<double> event_values;
+  std::vector<double> event_derivatives;
+  Variant event_values_alt;
+  Variant event_derivatives_alt;
+
+  // The table of the numerical parameter derivatives (user models and
+  // external models without derivatives), allocated by the definition.
+  Matrix1 derivative_table;
+
+  // ---- pre-defined models (the catalogue) add their members here ----------
+  // ---- user models (the language) add ModelProgram and sub-definitions ---
+};
+
+}  // namespace tessarix::detail

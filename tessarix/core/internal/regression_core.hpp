@@ -1,0 +1,152 @@
+// The state that every regression class shares (settings, run state, solved
+// statistics, log, parameters, result tables) and the interface through which
+// the shared engine (driver, iteration, statistics, log) reaches the model of
+// a class. The engine never sees a point: it asks for the model at
+// observation i of the run, and the class knows whether that point is one x
+// or a row of several.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "tessarix/core/data_statistics.hpp"
+#include "tessarix/core/enums.hpp"
+#include "tessarix/numerics/one_based.hpp"
+
+namespace tessarix {
+class RegressionParameters;
+class DataCollection;
+}  // namespace tessarix
+
+namespace tessarix::detail {
+
+inline constexpr std::string_view kLineEnd = "\r\n";
+
+// The goodness-of-fit values of the last run, as CalculateStatistics left them.
+struct RegressionStatistics {
+  double residual_sum = 0.0;
+  double residual_average = 0.0;
+  double sse = 0.0;       // unweighted sum of squared residuals
+  double sse_norm = 0.0;  // weighted sum of squared residuals
+  double sst = 0.0;       // weighted total sum of squares
+  double r2 = 0.0;
+  double r2_adjust = 0.0;
+  double standard_error = 0.0;
+  double durbin_watson = 0.0;
+  double prob_f = 0.0;
+  std::int32_t dof_regression = 0;
+  std::int32_t dof_error = 0;
+  std::int32_t dof_total = 0;
+};
+
+// What the Marquardt iteration keeps between its calls. The trial values,
+// the gradient and the step are fixed at 100 parameters (index 0 unused): a
+// model with more fails its run with "Subscript out of range".
+inline constexpr std::int32_t kMaxFittedParameters = 100;
+struct MarquardtState {
+  std::int16_t fitted_count = 0;
+  double old_merit = 0.0;
+  Vector1 atry = MakeVector1(kMaxFittedParameters);
+  Vector1 beta = MakeVector1(kMaxFittedParameters);
+  Vector1 da = MakeVector1(kMaxFittedParameters);
+  // The derivatives at one observation, 1..parameter count; sized per run.
+  Vector1 derivatives;
+};
+
+// The run's view of a regression class's model.
+class RunModel {
+ public:
+  virtual ~RunModel() = default;
+  // The model at observation i (1..n) of the run with the current parameter
+  // values; false when it cannot be evaluated there.
+  [[nodiscard]] virtual bool EvaluateAt(std::int32_t i, double& value) = 0;
+  // The derivatives by every parameter l with ia[l] != 0 into dyda[l]
+  // (one-based) at observation i; false when they cannot be had.
+  [[nodiscard]] virtual bool DerivativesAt(std::int32_t i, const std::int32_t* ia, double* dyda) = 0;
+  // The point of observation i as the failure texts show it.
+  virtual std::string PointText(std::int32_t i) const = 0;
+  // The data words of the run, computed before anything evaluates the model.
+  virtual void ComputeDataStatistics() = 0;
+  // Least-squares starting values of a pre-defined model; false when they fail.
+  [[nodiscard]] virtual bool ObtainLeastSquaresEstimates() = 0;
+  // The IterationComplete event.
+  virtual void IterationComplete(std::int32_t iteration, double sse, bool& abort) = 0;
+  // The log banner's class name and the model line of a run.
+  virtual std::string_view ClassName() const = 0;
+  virtual ModelTypeEnum Type() const = 0;
+  virtual std::string ModelText() const = 0;
+};
+
+struct RegressionCore {
+  RegressionCore();
+  ~RegressionCore();
+  RegressionCore(const RegressionCore&) = delete;
+  RegressionCore& operator=(const RegressionCore&) = delete;
+
+  // Solver settings.
+  std::int32_t max_iterations = 250;
+  std::int32_t max_unchanged_iterations = 10;
+  double regression_tolerance = 1e-10;  // a percentage
+
+  // Model and run state.
+  bool valid = false;
+  bool solved = false;
+  bool locked = false;  // from just before a run starts until it returns
+  bool is_weighted = false;
+  std::int16_t parameter_count = 0;
+  std::int32_t num_iterations = 0;
+  std::int32_t num_unchanged_iterations = 0;
+  std::int32_t num_observations = 0;
+  std::string solution_log;
+  std::string last_error;
+  std::string tag;
+
+  // The parameter values the model reads, 1..parameter count.
+  Vector1 parameter_values;
+
+  RegressionStatistics statistics;
+  MarquardtState marquardt;
+  DataStatistics data_statistics;
+
+  // Created on first need, so that const getters can hand them out.
+  mutable std::shared_ptr<tessarix::RegressionParameters> parameters;
+  mutable std::shared_ptr<tessarix::DataCollection> result_tables;
+
+  // Work arrays of one run (1..n), beside the points that the class keeps:
+  // Y, the caller's deviations, the weights, the predicted values and the
+  // residuals of the last pass over the data.
+  Vector1 y;
+  Vector1 deviations;
+  Vector1 weights;
+  Vector1 predicted;
+  Vector1 residuals;
+
+  tessarix::RegressionParameters& Parameters() const;
+  tessarix::DataCollection& ResultTables() const;
+
+  void AppendLine(std::string_view text);
+  void ReleaseWorkArrays();
+};
+
+// The run: log, estimates, iterations, statistics, publication of the
+// parameters. Called with the lock set and the work arrays filled; the result
+// is only the state of `core`. Never raises.
+void SolveModel(RegressionCore& core, RunModel& model, std::int32_t n);
+
+// The object's part of a new model definition: parameters removed, result
+// tables emptied, flags and counts cleared, work arrays released.
+void ResetCoreModel(RegressionCore& core);
+
+// ClearFit without its guard.
+void ClearCoreFit(RegressionCore& core);
+
+// "Final parameter values:" or "Last parameter values:" and a line per
+// parameter: name " = " value (values one-based, by position).
+void AppendParameterValues(RegressionCore& core, const Vector1& values, bool is_last);
+
+// Writes the log and one more line end; false on any failure.
+[[nodiscard]] bool WriteLogFile(const std::string& text, const std::string& path, bool append);
+
+}  // namespace tessarix::detail

@@ -1,0 +1,84 @@
+// The goodness-of-fit values of a run. Their computation also decides
+// whether the run is kept: any failure here rejects it.
+#include "tessarix/core/internal/marquardt.hpp"
+#include "tessarix/numerics/distributions.hpp"
+#include "tessarix/platform/checked.hpp"
+
+namespace tessarix::detail {
+
+bool CalculateStatistics(RegressionCore& core, RunModel& model, std::int32_t n, std::int32_t fitted_count) {
+  try {
+    // One pass at the model's current values. The residuals are plain,
+    // SSENorm and the mean of y are weighted, Durbin-Watson is not.
+    Num residual_sum = 0.0;
+    Num sse = 0.0;
+    Num sse_norm = 0.0;
+    Num dw_numerator = 0.0;
+    Num weighted_y_sum = 0.0;
+    Num previous_e = 0.0;
+    for (std::int32_t i = 1; i <= n; ++i) {
+      const auto ui = static_cast<std::size_t>(i);
+      double f = 0.0;
+      if (!model.EvaluateAt(i, f)) return false;
+      const Num e = Num(core.y[ui]) - f;
+      const Num w = core.weights[ui];
+      residual_sum += e;
+      sse += e * e;
+      sse_norm += w * (e * e);
+      if (i >= 2) dw_numerator += (e - previous_e) * (e - previous_e);
+      weighted_y_sum += Num(core.y[ui]) * w;
+      previous_e = e;
+    }
+    const Num count = static_cast<double>(n);
+    const Num ybar = weighted_y_sum / count;
+    const Num residual_average = residual_sum / count;
+    Num sst = 0.0;
+    for (std::int32_t i = 1; i <= n; ++i) {
+      const auto ui = static_cast<std::size_t>(i);
+      const Num d = Num(core.y[ui]) - ybar;
+      sst += Num(core.weights[ui]) * (d * d);
+    }
+
+    const std::int32_t dof_regression = fitted_count - 1 < 1 ? 1 : fitted_count - 1;
+    const std::int32_t dof_error = n - fitted_count < 1 ? 1 : n - fitted_count;
+    const std::int32_t dof_total = dof_error + dof_regression;
+    const Num nu_regression = static_cast<double>(dof_regression);
+    const Num nu_error = static_cast<double>(dof_error);
+
+    const Num standard_error = sqrt(abs(sse_norm / nu_error));
+    // A constant y makes SST zero, and this division rejects the run.
+    const Num r = 1.0 - sse_norm / sst;
+    const Num r_adjust = r - (nu_regression / nu_error) * (1.0 - r);
+    const Num durbin_watson = sse.value() == 0.0 ? Num(0.0) : dw_numerator / sse;
+    const Num msr = (sst - sse_norm) / nu_regression;
+    const Num mse = sse_norm / nu_error;
+    double prob_f = 0.0;
+    if (mse.value() != 0.0) {
+      // A fit worse than the mean gives a negative F, an x outside [0, 1]
+      // that IncompleteBeta refuses, and so a rejected run.
+      const Num f_value = msr / mse;
+      prob_f = IncompleteBeta((nu_error / 2.0).value(), (nu_regression / 2.0).value(),
+                              (nu_error / (nu_error + nu_regression * f_value)).value());
+    }
+
+    RegressionStatistics& s = core.statistics;
+    s.residual_sum = residual_sum.value();
+    s.residual_average = residual_average.value();
+    s.sse = sse.value();
+    s.sse_norm = sse_norm.value();
+    s.sst = sst.value();
+    s.dof_regression = dof_regression;
+    s.dof_error = dof_error;
+    s.dof_total = dof_total;
+    s.standard_error = standard_error.value();
+    s.r2 = r.value() < 0.0 ? 0.0 : r.value();
+    s.r2_adjust = r_adjust.value() < 0.0 ? 0.0 : r_adjust.value();
+    s.durbin_watson = durbin_watson.value();
+    s.prob_f = prob_f;
+    return true;
+  } catch (...) {
+    return false;
+  }
+}
+
+}  // namespace tessarix::detail
