@@ -34,10 +34,11 @@ void BeginFit(Impl& r) {
   detail::ClearCoreFit(r.core);
 }
 
-void AllocateWorkArrays(Impl& r, std::int32_t n) {
+// The caller's deviations are kept only for a weighted fit, for its table.
+void AllocateWorkArrays(Impl& r, std::int32_t n, bool with_deviations) {
   r.x = detail::MakeVector1(n);
   r.core.y = detail::MakeVector1(n);
-  r.core.deviations = detail::MakeVector1(n, 1.0);
+  if (with_deviations) r.core.deviations = detail::MakeVector1(n, 1.0);
   r.core.weights = detail::MakeVector1(n, 1.0);
   r.core.predicted = detail::MakeVector1(n);
   r.core.residuals = detail::MakeVector1(n);
@@ -158,7 +159,7 @@ void NonlinearRegression::Fit(std::span<const double> XObservations, std::span<c
   const std::int32_t ny = CountOf(r, YObservations.size());
   if (nx != ny) StoreAndRaise(r, ErrorId::UnequalArrayDimensions);
   RunFit(r, [&] {
-    AllocateWorkArrays(r, nx);
+    AllocateWorkArrays(r, nx, false);
     CopyIn(XObservations, r.x, nx);
     CopyIn(YObservations, r.core.y, nx);
     SolveUnweighted(r, nx);
@@ -174,7 +175,7 @@ void NonlinearRegression::FitWeighted(std::span<const double> XObservations, std
   const std::int32_t nsd = CountOf(r, StandardDeviations.size());
   if (nx != ny || nx != nsd) StoreAndRaise(r, ErrorId::UnequalArrayDimensions);
   RunFit(r, [&] {
-    AllocateWorkArrays(r, nx);
+    AllocateWorkArrays(r, nx, true);
     CopyIn(XObservations, r.x, nx);
     CopyIn(YObservations, r.core.y, nx);
     CopyIn(StandardDeviations, r.core.deviations, nx);
@@ -191,7 +192,7 @@ void NonlinearRegression::FitAlt(const Variant& XObservations, const Variant& YO
   const std::int32_t ny = CountOf(r, YObservations);
   if (nx != ny) StoreAndRaise(r, ErrorId::UnequalArrayDimensions);
   RunFit(r, [&] {
-    AllocateWorkArrays(r, nx);
+    AllocateWorkArrays(r, nx, false);
     CopyIn(XObservations, r.x, nx);
     CopyIn(YObservations, r.core.y, nx);
     SolveUnweighted(r, nx);
@@ -210,7 +211,7 @@ void NonlinearRegression::FitWeightedAlt(const Variant& XObservations, const Var
   const std::int32_t nsd = CountOf(r, StandardDeviations);
   if (nx != ny || nx != nsd) StoreAndRaise(r, ErrorId::UnequalArrayDimensions);
   RunFit(r, [&] {
-    AllocateWorkArrays(r, nx);
+    AllocateWorkArrays(r, nx, true);
     CopyIn(XObservations, r.x, nx);
     CopyIn(YObservations, r.core.y, nx);
     CopyIn(StandardDeviations, r.core.deviations, nx);
@@ -234,7 +235,7 @@ void NonlinearRegression::FitCollection(const DataCollection& ObservedData) {
   if (sds && sds->NumObservations() != n) StoreAndRaise(r, ErrorId::UnequalSeriesLengths);
 
   RunFit(r, [&] {
-    AllocateWorkArrays(r, n);
+    AllocateWorkArrays(r, n, sds != nullptr);
     detail::DataAccess::CopyValuesOut(*xs, r.x);
     detail::DataAccess::CopyValuesOut(*ys, r.core.y);
     if (sds) detail::DataAccess::CopyValuesOut(*sds, r.core.deviations);
@@ -244,7 +245,8 @@ void NonlinearRegression::FitCollection(const DataCollection& ObservedData) {
     names.y = ys->Name();
     names.predicted = "Predicted " + ys->Name();
     if (sds) names.sd = sds->Name();
-    const bool weights_ok = detail::WeightsFromDeviations(r.core.deviations, n, r.core.weights);
+    // Without deviations the weights stay 1.0 (what deviations of 1 give).
+    const bool weights_ok = !sds || detail::WeightsFromDeviations(r.core.deviations, n, r.core.weights);
     if (!weights_ok) std::fill(r.core.weights.begin(), r.core.weights.end(), 1.0);
     Solve(r, n);
     if (r.core.solved) {

@@ -1,0 +1,111 @@
+// A fit of a three-parameter external model with analytic derivatives,
+// y = a * exp(-b * x) + c, on 1e4, 1e5 and 1e6 observations.
+//
+// Counters: time per fit (the benchmark's own time), time per iteration,
+// iterations, allocations per iteration (the hot path should make none) and
+// the peak of heap memory held during the fit per observation (the caller's
+// arrays not counted).
+#include <benchmark/benchmark.h>
+#include <malloc.h>
+
+#include <atomic>
+#include <chrono>
+#include <cmath>
+#include <cstdlib>
+#include <new>
+#include <string>
+#include <vector>
+
+#include "tessarix/core/nonlinear_regression.hpp"
+
+// Counting replacements of the global operators new and delete; g++ cannot
+// see that they pair malloc with free on purpose.
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
+#endif
+
+namespace {
+
+std::atomic<long long> g_allocations{0};
+std::atomic<long long> g_bytes_now{0};
+std::atomic<long long> g_bytes_peak{0};
+
+void Account(void* p) {
+  if (!p) return;
+  ++g_allocations;
+  const long long now = g_bytes_now += static_cast<long long>(malloc_usable_size(p));
+  long long peak = g_bytes_peak.load();
+  while (now > peak && !g_bytes_peak.compare_exchange_weak(peak, now)) {
+  }
+}
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+  void* p = std::malloc(size == 0 ? 1 : size);
+  if (!p) throw std::bad_alloc();
+  Account(p);
+  return p;
+}
+void operator delete(void* p) noexcept {
+  if (p) g_bytes_now -= static_cast<long long>(malloc_usable_size(p));
+  std::free(p);
+}
+void operator delete(void* p, std::size_t) noexcept { operator delete(p); }
+
+namespace {
+
+void BM_FitExternalModel(benchmark::State& state) {
+  const auto n = static_cast<std::size_t>(state.range(0));
+  std::vector<double> x(n), y(n);
+  for (std::size_t i = 0; i < n; ++i) {
+    x[i] = 10.0 * static_cast<double>(i) / static_cast<double>(n);
+    const double noise = 0.01 * std::sin(12345.0 * static_cast<double>(i));
+    y[i] = 5.0 * std::exp(-0.7 * x[i]) + 1.0 + noise;
+  }
+  tessarix::NonlinearRegression reg;
+  reg.DefineExternalModel(std::vector<std::string>{"a", "b", "c"}, true);
+  reg.Events.EvaluateExternal = [](std::vector<double>& p, double xv, double& result, bool& success) {
+    result = p[0] * std::exp(-p[1] * xv) + p[2];
+    success = true;
+  };
+  reg.Events.DerivativeExternal = [](std::vector<double>& p, double xv, std::vector<double>& d, bool& success) {
+    const double e = std::exp(-p[1] * xv);
+    d[0] = e;
+    d[1] = -p[0] * xv * e;
+    d[2] = 1.0;
+    success = true;
+  };
+  long long iteration_allocations = 0;
+  long long iterations_seen = 0;
+  long long before = 0;
+  // Allocations between two IterationComplete events of one fit.
+  reg.Events.IterationComplete = [&](std::int32_t iteration, double, bool&) {
+    if (iteration > 1) {
+      iteration_allocations += g_allocations.load() - before;
+      ++iterations_seen;
+    }
+    before = g_allocations.load();
+  };
+
+  long long iterations = 0;
+  double peak_per_observation = 0.0;
+  for (auto _ : state) {
+    const long long base = g_bytes_now.load();
+    g_bytes_peak = base;
+    reg.Fit(x, y);
+    if (!reg.IsSolved()) state.SkipWithError("fit failed");
+    iterations += reg.NumIterations();
+    peak_per_observation = static_cast<double>(g_bytes_peak.load() - base) / static_cast<double>(n);
+  }
+  state.counters["iterations"] = static_cast<double>(iterations) / static_cast<double>(state.iterations());
+  state.counters["time_per_iteration"] =
+      benchmark::Counter(static_cast<double>(iterations), benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+  state.counters["allocs_per_iteration"] =
+      iterations_seen > 0 ? static_cast<double>(iteration_allocations) / static_cast<double>(iterations_seen) : 0.0;
+  state.counters["peak_bytes_per_obs"] = peak_per_observation;
+}
+
+BENCHMARK(BM_FitExternalModel)->Arg(10'000)->Arg(100'000)->Arg(1'000'000)->Unit(benchmark::kMillisecond);
+
+}  // namespace

@@ -1,0 +1,299 @@
+// The run of a fit: its log line by line, its three non-failure ends, its
+// failures and the counters as they stand at each end.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdio>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "external_models.hpp"
+#include "support/test_helpers.hpp"
+#include "tessarix/core/nonlinear_regression.hpp"
+#include "tessarix/platform/number_text.hpp"
+
+namespace tessarix {
+namespace {
+
+using test::LogLines;
+using Lines = std::vector<std::string>;
+
+const std::vector<double> kX{0, 1, 2, 3, 4, 5, 6};
+const std::vector<double> kY{2.01, 2.69, 3.65, 4.91, 6.65, 8.95, 12.12};
+
+// The lines of `lines` from `first` on.
+Lines From(const Lines& lines, std::size_t first) {
+  return first < lines.size() ? Lines(lines.begin() + static_cast<std::ptrdiff_t>(first), lines.end()) : Lines();
+}
+
+std::size_t Count(const Lines& lines, const std::string& line) {
+  return static_cast<std::size_t>(std::count(lines.begin(), lines.end(), line));
+}
+
+TEST(SolutionLog, SolvedRunLineByLine) {
+  NonlinearRegression reg;
+  test::DefineExponential(reg);
+  reg.RegressionParameters()->Item("b")->SetInitialEstimate(0.5);
+  reg.Fit(kX, kY);
+  ASSERT_TRUE(reg.IsSolved());
+  const Lines lines = LogLines(reg.SolutionLog());
+  ASSERT_EQ(lines.size(), 18u);
+  EXPECT_EQ(lines[0], "Tessarix version 2.0.43 (NonlinearRegression object)");
+  EXPECT_EQ(lines[1].rfind("Date/Time: ", 0), 0u);
+  EXPECT_EQ(lines[1].size(), std::string("Date/Time: 2026-11-22 14:05:09").size());
+  const auto a = reg.RegressionParameters()->Item("a");
+  const auto b = reg.RegressionParameters()->Item("b");
+  const Lines expected{"Beginning solution for external model",
+                       "Obtaining initial estimates",
+                       "Using user defined estimates",
+                       "Initial parameter estimates:",
+                       "a = 1 (fitted)",
+                       "b = 0.5 (fitted)",
+                       "Beginning non-linear iterations",
+                       "Solution converged to residual change less than 1E-10%",
+                       "Final Merit Function = " + detail::NumberText(reg.SSENorm()),
+                       "Total number of non-linear iterations = " + std::to_string(reg.NumIterations()),
+                       "Residual Sum of Squares = " + detail::NumberText(reg.SSE()),
+                       "Final parameter values:",
+                       "a = " + detail::NumberText(a->Value()),
+                       "b = " + detail::NumberText(b->Value()),
+                       "Solution complete",
+                       ""};
+  EXPECT_EQ(From(lines, 2), expected);
+  // The text ends with the line end of the blank line.
+  EXPECT_EQ(reg.SolutionLog().substr(reg.SolutionLog().size() - 4), "\r\n\r\n");
+  EXPECT_EQ(reg.LastSolveError(), "No errors");
+  EXPECT_NEAR(a->Value(), 2.0, 0.02);
+  EXPECT_NEAR(b->Value(), 0.3, 0.005);
+}
+
+TEST(SolutionLog, NumbersFollowTheLocaleAndTheFileGetsOneMoreLineEnd) {
+  test::ScopedSeparators comma(test::DecimalCommaSeparators());
+  NonlinearRegression reg;
+  test::DefineExponential(reg);
+  reg.RegressionParameters()->Item("b")->SetInitialEstimate(0.5);
+  reg.Fit(kX, kY);
+  const Lines lines = LogLines(reg.SolutionLog());
+  EXPECT_EQ(lines[7], "b = 0,5 (fitted)");
+
+  const std::string path = ::testing::TempDir() + "tessarix_solution_log.txt";
+  reg.SaveLog(path);
+  reg.SaveLog(path, true);
+  std::ifstream in(path, std::ios::binary);
+  std::stringstream text;
+  text << in.rdbuf();
+  EXPECT_EQ(text.str(), reg.SolutionLog() + "\r\n" + reg.SolutionLog() + "\r\n");
+  reg.SaveLog(path);
+  reg.ClearFit();
+  reg.SaveLog(path);
+  std::ifstream again(path, std::ios::binary);
+  std::stringstream cleared;
+  cleared << again.rdbuf();
+  EXPECT_EQ(cleared.str(), "\r\n");
+  std::remove(path.c_str());
+
+  test::DefineExponential(reg);
+  reg.Fit(kX, kY);
+  const std::string log = reg.SolutionLog();
+  EXPECT_TSX_ERROR(reg.SaveLog(::testing::TempDir() + "no/such/folder/log.txt"), 10010, "Error writing to file");
+  EXPECT_EQ(reg.SolutionLog(), log);
+}
+
+TEST(SolutionDriver, PerfectDataConvergesToZero) {
+  NonlinearRegression reg;
+  test::DefineClosedForm(
+      reg, {"a"}, [](const std::vector<double>& p, double x) { return p[0] * x; },
+      [](const std::vector<double>&, double x, std::vector<double>& d) { d[0] = x; });
+  const std::vector<double> x{1, 2, 4}, y{2, 4, 8};
+  reg.Fit(x, y);
+  ASSERT_TRUE(reg.IsSolved());
+  const Lines lines = LogLines(reg.SolutionLog());
+  EXPECT_EQ(Count(lines, "Solution converged to residual change less than 1E-10%"), 1u);
+  EXPECT_EQ(Count(lines, "Final Merit Function = 0"), 1u);
+  EXPECT_EQ(reg.SSE(), 0.0);
+  EXPECT_EQ(reg.SSENorm(), 0.0);
+  EXPECT_EQ(reg.R2(), 1.0);
+  EXPECT_EQ(reg.DurbinWatson(), 0.0);
+  EXPECT_EQ(reg.ProbF(), 0.0);
+  EXPECT_EQ(reg.StandardError(), 0.0);
+  EXPECT_EQ(reg.DOFRegression(), 1);  // one fitted parameter: 1, not 0
+  EXPECT_EQ(reg.DOFError(), 2);
+  EXPECT_EQ(reg.DOFTotal(), 3);
+  const auto a = reg.RegressionParameters()->Item(1);
+  EXPECT_EQ(a->Value(), 2.0);
+  EXPECT_EQ(a->StandardError(), 0.0);
+  EXPECT_EQ(a->ProbT(), 0.0);
+}
+
+TEST(SolutionDriver, IterationLimitEndsSolvedWithTheCounterPastIt) {
+  NonlinearRegression reg;
+  test::DefineExponential(reg);
+  reg.SetMaxIterations(1);
+  int events = 0;
+  reg.Events.IterationComplete = [&](std::int32_t iteration, double sse, bool&) {
+    ++events;
+    EXPECT_EQ(iteration, 1);
+    EXPECT_GT(sse, 0.0);
+  };
+  reg.RegressionParameters()->Item("a")->SetInitialEstimate(2.0);
+  reg.RegressionParameters()->Item("b")->SetInitialEstimate(0.29);
+  reg.Fit(kX, kY);
+  EXPECT_EQ(events, 1);
+  ASSERT_TRUE(reg.IsSolved());
+  EXPECT_EQ(reg.NumIterations(), 2);
+  const Lines lines = LogLines(reg.SolutionLog());
+  EXPECT_EQ(Count(lines, "Reached iteration limit of 1"), 1u);
+  EXPECT_EQ(Count(lines, "Solution failed to converge to residual change of 1E-10%"), 1u);
+  EXPECT_EQ(Count(lines, "Total number of non-linear iterations = 2"), 1u);
+}
+
+TEST(SolutionDriver, AbortEndsSolvedWithTheValuesReached) {
+  NonlinearRegression reg;
+  test::DefineExponential(reg);
+  reg.Events.IterationComplete = [](std::int32_t, double, bool& abort) { abort = true; };
+  reg.RegressionParameters()->Item("a")->SetInitialEstimate(2.0);
+  reg.RegressionParameters()->Item("b")->SetInitialEstimate(0.29);
+  reg.Fit(kX, kY);
+  ASSERT_TRUE(reg.IsSolved());
+  EXPECT_EQ(reg.NumIterations(), 1);
+  Lines lines = LogLines(reg.SolutionLog());
+  EXPECT_EQ(Count(lines, "Solution process aborted"), 1u);
+  // No ending line of its own: the abort line is followed by the merit.
+  const auto at = std::find(lines.begin(), lines.end(), "Solution process aborted");
+  ASSERT_NE(at, lines.end());
+  EXPECT_EQ((at + 1)->rfind("Final Merit Function = ", 0), 0u);
+
+  // Converging at the iteration that aborts: the convergence test comes first.
+  reg.SetRegressionTolerance(1e10);
+  reg.Fit(kX, kY);
+  ASSERT_TRUE(reg.IsSolved());
+  lines = LogLines(reg.SolutionLog());
+  EXPECT_EQ(Count(lines, "Solution process aborted"), 0u);
+  EXPECT_EQ(Count(lines, "Solution converged to residual change less than 10000000000%"), 1u);
+}
+
+TEST(SolutionDriver, AllParametersFixedEndsByTheUnchangedLimit) {
+  NonlinearRegression reg;
+  test::DefineExponential(reg);
+  for (const auto& p : *reg.RegressionParameters()) p->SetInitialEstimateType(tsxEstimateConstant);
+  reg.RegressionParameters()->Item("a")->SetInitialEstimate(2.0);
+  reg.RegressionParameters()->Item("b")->SetInitialEstimate(0.3);
+  reg.Fit(kX, kY);
+  ASSERT_TRUE(reg.IsSolved());
+  const Lines lines = LogLines(reg.SolutionLog());
+  EXPECT_EQ(lines[6], "a = 2 (constant)");
+  EXPECT_EQ(Count(lines, "Merit Function unchanged during last 10 of 12 iterations"), 1u);
+  EXPECT_EQ(Count(lines, "Solution converged to residual change of 0.0%"), 1u);
+  EXPECT_EQ(reg.NumIterations(), 12);
+  EXPECT_EQ(reg.NumUnchangedIterations(), 11);
+  for (const auto& p : *reg.RegressionParameters()) {
+    EXPECT_EQ(p->StandardError(), 0.0);
+    EXPECT_EQ(p->ProbT(), 0.0);
+  }
+  EXPECT_EQ(reg.RegressionParameters()->Item("b")->Value(), 0.3);
+}
+
+TEST(SolutionDriver, FixedParameterStaysOutOfTheFit) {
+  NonlinearRegression reg;
+  int derivative_calls = 0;
+  test::DefineClosedForm(
+      reg, {"a", "b"}, [](const std::vector<double>& p, double x) { return p[0] * std::exp(p[1] * x); },
+      [&](const std::vector<double>& p, double x, std::vector<double>& d) {
+        ++derivative_calls;
+        d[0] = std::exp(p[1] * x);
+        d[1] = 1e300;  // ignored: b is held constant
+      });
+  const auto b = reg.RegressionParameters()->Item("b");
+  b->SetInitialEstimate(0.3);
+  b->SetInitialEstimateType(tsxEstimateConstant);
+  reg.Fit(kX, kY);
+  ASSERT_TRUE(reg.IsSolved());
+  EXPECT_GT(derivative_calls, 0);
+  EXPECT_EQ(b->Value(), 0.3);
+  EXPECT_EQ(b->StandardError(), 0.0);
+  EXPECT_EQ(b->ProbT(), 0.0);
+  EXPECT_EQ(reg.RegressionParameters()->CalculateCovariance("b", "a"), 0.0);
+  EXPECT_EQ(reg.DOFRegression(), 1);
+  EXPECT_EQ(reg.DOFError(), 6);
+  // With b fixed the model is linear in a: a = sum(y e) / sum(e e).
+  double num = 0, den = 0;
+  for (std::size_t i = 0; i < kX.size(); ++i) {
+    const double e = std::exp(0.3 * kX[i]);
+    num += kY[i] * e;
+    den += e * e;
+  }
+  EXPECT_NEAR(reg.RegressionParameters()->Item("a")->Value(), num / den, 1e-9);
+}
+
+TEST(SolutionDriver, NotEnoughDataPoints) {
+  NonlinearRegression reg;
+  test::DefineExponential(reg);
+  const std::vector<double> x{1, 2}, y{3, 4};
+  reg.Fit(x, y);
+  EXPECT_FALSE(reg.IsSolved());
+  EXPECT_EQ(reg.LastSolveError(), "Solution failed: not enough data points");
+  const Lines lines = LogLines(reg.SolutionLog());
+  ASSERT_EQ(lines.size(), 5u);
+  EXPECT_EQ(lines[2], "Beginning solution for external model");
+  EXPECT_EQ(lines[3], "Solution failed: not enough data points");
+  EXPECT_EQ(lines[4], "");
+  EXPECT_EQ(reg.ResultTables()->Count(), 0);
+  const std::vector<double> one{1};
+  test::DefineClosedForm(reg, {"a"}, [](const std::vector<double>& p, double) { return p[0]; });
+  reg.Fit(one, one);
+  EXPECT_EQ(reg.LastSolveError(), "Solution failed: not enough data points");
+}
+
+TEST(SolutionDriver, SingularMatrixEndsTheRun) {
+  NonlinearRegression reg;
+  // Two parameters that never change the model.
+  test::DefineClosedForm(
+      reg, {"a", "b"}, [](const std::vector<double>&, double x) { return x; },
+      [](const std::vector<double>&, double, std::vector<double>& d) { d[0] = d[1] = 0.0; });
+  reg.Fit(kX, kY);
+  EXPECT_FALSE(reg.IsSolved());
+  EXPECT_EQ(reg.LastSolveError(), "Singular matrix encountered in gaussian elimination.");
+  const Lines lines = LogLines(reg.SolutionLog());
+  // The text carries no line end of its own.
+  const Lines tail{"Beginning non-linear iterations",
+                   "Singular matrix encountered in gaussian elimination.Last parameter values:",
+                   "a = 1",
+                   "b = 1",
+                   "Solution failed",
+                   ""};
+  EXPECT_EQ(From(lines, lines.size() - tail.size()), tail);
+  EXPECT_TSX_CODE(reg.NumObservations(), 10029);
+}
+
+TEST(SolutionDriver, ConstantYIsRejectedByTheStatistics) {
+  NonlinearRegression reg;
+  test::DefineLine(reg);
+  const std::vector<double> y(kX.size(), 3.0);
+  reg.Fit(kX, y);
+  EXPECT_FALSE(reg.IsSolved());
+  EXPECT_EQ(reg.LastSolveError(), "Solution rejected based on poor goodness of fit statistics");
+  const Lines lines = LogLines(reg.SolutionLog());
+  const auto at = std::find(lines.begin(), lines.end(), "Solution rejected based on poor goodness of fit statistics.");
+  ASSERT_NE(at, lines.end());
+  EXPECT_EQ((at - 1)->rfind("Total number of non-linear iterations = ", 0), 0u);
+  EXPECT_EQ(*(at + 1), "Last parameter values:");
+  EXPECT_EQ(*(at + 4), "Solution failed");
+  EXPECT_EQ(reg.ResultTables()->Count(), 0);
+}
+
+TEST(SolutionDriver, FitWorseThanTheMeanIsRejected) {
+  NonlinearRegression reg;
+  test::DefineExponential(reg);
+  // Stopped after one iteration from far away: SSENorm exceeds SST, F is
+  // negative, and the probability refuses it.
+  reg.Events.IterationComplete = [](std::int32_t, double, bool& abort) { abort = true; };
+  reg.RegressionParameters()->Item("b")->SetInitialEstimate(1.0);
+  reg.Fit(kX, kY);
+  EXPECT_FALSE(reg.IsSolved());
+  EXPECT_EQ(reg.LastSolveError(), "Solution rejected based on poor goodness of fit statistics");
+}
+
+}  // namespace
+}  // namespace tessarix
