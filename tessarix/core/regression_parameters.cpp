@@ -34,6 +34,8 @@ double RegressionParameter::ProbT() const {
 }
 
 void RegressionParameter::SetInitialEstimate(double value) {
+  // A NaN or an infinity would travel into the fit and out as a value.
+  if (!std::isfinite(value)) RaiseLibraryError(ErrorId::InvalidPropertyValue);
   initial_estimate_ = value;
   set_by_caller_ = true;
 }

@@ -39,7 +39,8 @@ class RegressionParameter {
 
   // The starting value of the fit, 1.0 by default. Setting it marks the
   // parameter as set by the caller, which (for a pre-defined model) turns the
-  // automatic least-squares estimates off for the whole model.
+  // automatic least-squares estimates off for the whole model. A NaN or an
+  // infinity raises 10027 and changes nothing.
   double InitialEstimate() const { return initial_estimate_; }
   void SetInitialEstimate(double value);
 

@@ -1,0 +1,113 @@
+// The questions a solved model answers: values, derivative by x, roots and
+// integral of the fitted curve. All of them run on EvaluateModel, so they
+// work alike for every kind of model; none of them changes the object.
+#include <cmath>
+#include <vector>
+
+#include "tessarix/core/error_catalogue.hpp"
+#include "tessarix/core/error_handler.hpp"
+#include "tessarix/core/internal/nonlinear_regression_impl.hpp"
+#include "tessarix/core/nonlinear_regression.hpp"
+#include "tessarix/queries/find_roots.hpp"
+#include "tessarix/queries/ridder_derivative.hpp"
+#include "tessarix/queries/romberg_integrate.hpp"
+
+namespace tessarix {
+
+using detail::ErrorId;
+using detail::RaiseLibraryError;
+
+namespace {
+
+using Impl = detail::NonlinearRegressionImpl;
+
+void GuardQuery(const Impl& r) {
+  r.GuardDefined();
+  r.GuardSolved();
+}
+
+// The fitted curve as the numerical routines take it.
+auto Curve(Impl& r) {
+  return [&r](double x, double& y) { return r.EvaluateModel(x, y); };
+}
+
+double ValueAt(Impl& r, double x) {
+  double y = 0.0;
+  if (!r.EvaluateModel(x, y)) RaiseLibraryError(ErrorId::ModelEvaluationError);
+  return y;
+}
+
+std::vector<double> Roots(Impl& r, double y, double lower, double upper, std::int32_t intervals) {
+  GuardQuery(r);
+  if (intervals < 3) RaiseLibraryError(ErrorId::InvalidArgument);
+  return detail::RunUnderHandler(
+      [&] { return detail::FindRoots(Curve(r), lower, upper, y, intervals); }, [](const std::string&) {});
+}
+
+}  // namespace
+
+double NonlinearRegression::PredictValue(double XValue) {
+  GuardQuery(*impl_);
+  return ValueAt(*impl_, XValue);
+}
+
+std::vector<double> NonlinearRegression::PredictArray(std::span<const double> XValues) {
+  GuardQuery(*impl_);
+  return detail::RunUnderHandler(
+      [&] {
+        std::vector<double> result(XValues.size());
+        for (std::size_t i = 0; i < XValues.size(); ++i) result[i] = ValueAt(*impl_, XValues[i]);
+        return result;
+      },
+      [](const std::string&) {}, detail::LibraryErrors::PassThrough);
+}
+
+Variant NonlinearRegression::PredictArrayAlt(const Variant& XValues) {
+  GuardQuery(*impl_);
+  if (!XValues.IsArray()) RaiseLibraryError(ErrorId::ExpectedVariantArray);
+  return detail::RunUnderHandler(
+      [&] {
+        const std::int32_t count = XValues.Dimensions() == 0 ? 0 : XValues.UpperBound() + 1;
+        std::vector<Variant> result(static_cast<std::size_t>(count));
+        for (std::int32_t i = 0; i < count; ++i) {
+          result[static_cast<std::size_t>(i)] = Variant(ValueAt(*impl_, XValues.At(i).ToDouble()));
+        }
+        return Variant::Array(std::move(result));
+      },
+      [](const std::string&) {}, detail::LibraryErrors::PassThrough);
+}
+
+double NonlinearRegression::CalculateDerivative(double XValue) {
+  GuardQuery(*impl_);
+  double derivative = 0.0;
+  if (!detail::RidderDerivative(Curve(*impl_), XValue, derivative)) RaiseLibraryError(ErrorId::DerivativeError);
+  return derivative;
+}
+
+std::vector<double> NonlinearRegression::CalculateRoots(double YValue, double XLowerBound, double XUpperBound,
+                                                        std::int32_t NumIntervals) {
+  return Roots(*impl_, YValue, XLowerBound, XUpperBound, NumIntervals);
+}
+
+Variant NonlinearRegression::CalculateRootsAlt(double YValue, double XLowerBound, double XUpperBound,
+                                               std::int32_t NumIntervals) {
+  const std::vector<double> roots = Roots(*impl_, YValue, XLowerBound, XUpperBound, NumIntervals);
+  if (roots.empty()) return Variant();
+  std::vector<Variant> elements;
+  elements.reserve(roots.size());
+  for (double root : roots) elements.emplace_back(root);
+  return Variant::Array(std::move(elements));
+}
+
+double NonlinearRegression::CalculateIntegral(double XLowerBound, double XUpperBound) {
+  GuardQuery(*impl_);
+  try {
+    return detail::RombergIntegrate(Curve(*impl_), XLowerBound, XUpperBound);
+  } catch (...) {
+    // Whatever its origin: a point where the model fails, a fault of the
+    // arithmetic, an exception of a host's handler.
+    RaiseLibraryError(ErrorId::IntegralError);
+  }
+}
+
+}  // namespace tessarix
