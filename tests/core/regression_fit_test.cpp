@@ -218,3 +218,30 @@ TEST(FitEntryPoints, FitCollectionFindsTheSeriesByKey) {
 
 }  // namespace
 }  // namespace tessarix
+
+namespace tessarix {
+namespace {
+
+TEST(FitEntryPoints, NonFiniteDataFailTheRunWithoutRaising) {
+  const double nan = std::nan("");
+  const double inf = HUGE_VAL;
+  for (int k = 0; k < 4; ++k) {
+    NonlinearRegression reg;
+    test::DefineLine(reg, false);
+    std::vector<double> x{1, 2, 3, 4}, y{2, 4, 6.5, 8};
+    if (k == 0) y[1] = nan;
+    if (k == 1) x[2] = nan;
+    if (k == 2) x[0] = inf;
+    if (k == 3) y[3] = 1e308;  // its square overflows
+    reg.Fit(x, y);
+    EXPECT_FALSE(reg.IsSolved()) << k;
+    EXPECT_EQ(reg.LastSolveError(), "Solution failed") << k;
+  }
+  NonlinearRegression reg;
+  test::DefineLine(reg);
+  EXPECT_TSX_CODE(reg.RegressionParameters()->Item(1)->SetInitialEstimate(nan), 10027);
+  EXPECT_EQ(reg.RegressionParameters()->Item(1)->InitialEstimate(), 1.0);
+}
+
+}  // namespace
+}  // namespace tessarix
