@@ -46,6 +46,10 @@ namespace {
 bool NumericalParameterDerivatives(NonlinearRegressionImpl& r, double x_value, const std::int32_t* ia, double* dyda) {
   const std::int32_t count = r.core.parameter_count;
   Vector1& values = r.core.parameter_values;
+  // The definition sizes the table; a kind that forgot would write past it.
+  if (r.model.derivative_table.Rows() < kDerivativeTableSize) {
+    r.model.derivative_table.Resize(kDerivativeTableSize, kDerivativeTableSize);
+  }
   for (std::int32_t l = 1; l <= count; ++l) {
     if (ia[l] == 0) {
       dyda[l] = 0.0;

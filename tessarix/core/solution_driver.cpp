@@ -80,6 +80,11 @@ void SolveModel(RegressionCore& core, RunModel& model, std::int32_t n) {
       return;
     }
 
+    // The model reads its values from here; a definition sizes it, and the
+    // run makes sure of it before writing into it.
+    if (core.parameter_values.size() != static_cast<std::size_t>(count) + 1) {
+      core.parameter_values = MakeVector1(count);
+    }
     a = MakeVector1(count);
     ia.assign(static_cast<std::size_t>(count) + 1, 0);
     covar.Resize(count, count);
