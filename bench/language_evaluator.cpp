@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "tessarix/core/nonlinear_regression.hpp"
 #include "tessarix/language/internal/evaluator.hpp"
 #include "tessarix/language/internal/user_model.hpp"
 #include "tessarix/numerics/bessel_integer.hpp"
@@ -109,5 +110,28 @@ BENCHMARK(BM_IfSub_Text);
 BENCHMARK(BM_IfSub_Cpp);
 BENCHMARK(BM_BesselGamma_Text);
 BENCHMARK(BM_BesselGamma_Cpp);
+
+// A whole fit of a text model on 1e5 points: definition, data statistics,
+// Marquardt iterations with numerical parameter derivatives, statistics.
+void BM_FitExpDecay_1e5(benchmark::State& state) {
+  std::vector<double> x(100000), y(100000);
+  for (std::size_t i = 0; i < x.size(); ++i) {
+    x[i] = 1e-4 * static_cast<double>(i);
+    y[i] = 3.0 * std::exp(-0.7 * x[i]) + 0.5 + 0.01 * std::sin(13.0 * static_cast<double>(i));
+  }
+  std::int32_t iterations = 0;
+  for (auto _ : state) {
+    tessarix::NonlinearRegression reg;
+    reg.DefineUserModel("a*exp(-b*x)+c");
+    reg.Fit(x, y);
+    if (!reg.IsSolved()) {
+      state.SkipWithError("fit failed");
+      return;
+    }
+    iterations = reg.NumIterations();
+  }
+  state.counters["iterations"] = iterations;
+}
+BENCHMARK(BM_FitExpDecay_1e5)->Unit(benchmark::kMillisecond);
 
 }  // namespace

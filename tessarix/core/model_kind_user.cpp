@@ -1,15 +1,15 @@
-// User models: the model language's compiled program, run for one x.
-//
-// This is the seam of the model language: it fills EvaluateUserModel with the
-// evaluation of the compiled program stored in ModelState, with the
+// User models: the model language's compiled program, run for one x with the
 // parameter values r.core.parameter_values (one-based) and the data words
-// r.core.data_statistics. Until it does, no user model can be defined (only
-// DefineUserModel... sets the kind tsxModelUser together with the valid
-// flag), so this function is never reached with a valid model.
+// r.core.data_statistics. Their parameter derivatives are the numerical ones
+// of model_dispatch.cpp, through this same evaluation.
 #include "tessarix/core/internal/nonlinear_regression_impl.hpp"
+#include "tessarix/language/internal/evaluator.hpp"
 
 namespace tessarix::detail {
 
-bool EvaluateUserModel(NonlinearRegressionImpl& /*r*/, double /*x*/, double& /*y*/) { return false; }
+bool EvaluateUserModel(NonlinearRegressionImpl& r, double x, double& y) {
+  return EvaluateProgram(r.model.program, r.model.scratch, r.core.parameter_values.data(), x, r.core.data_statistics,
+                         y);
+}
 
 }  // namespace tessarix::detail

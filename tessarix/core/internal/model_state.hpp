@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "tessarix/core/enums.hpp"
+#include "tessarix/language/internal/model_program.hpp"
 #include "tessarix/language/model_definition.hpp"
 #include "tessarix/numerics/one_based.hpp"
 #include "tessarix/platform/variant.hpp"
@@ -51,7 +52,14 @@ struct ModelState {
   Matrix1 derivative_table;
 
   // ---- pre-defined models (the catalogue) add their members here ----------
-  // ---- user models (the language) add ModelProgram and sub-definitions ---
+  // ---- user models (the language) -------------------------------------------
+  // The compiled program with the compiler's state. It outlives every
+  // redefinition on the object: a new definition appends to it, and the
+  // sub-definition marks stay (the language's rules).
+  ModelProgram program;
+  // The evaluator's stack and the saved values of the sub-definitions, kept
+  // between evaluations.
+  EvaluationScratch scratch;
 };
 
 }  // namespace tessarix::detail
