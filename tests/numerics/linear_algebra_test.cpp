@@ -11,20 +11,7 @@
 
 using namespace tessarix::detail;
 using tessarix::test::FailureOf;
-
-namespace {
-
-Matrix1 FromRows(const std::vector<std::vector<double>>& rows) {
-  Matrix1 m(static_cast<std::int32_t>(rows.size()), static_cast<std::int32_t>(rows[0].size()));
-  for (std::size_t i = 0; i < rows.size(); ++i) {
-    for (std::size_t j = 0; j < rows[i].size(); ++j) {
-      m(static_cast<std::int32_t>(i + 1), static_cast<std::int32_t>(j + 1)) = rows[i][j];
-    }
-  }
-  return m;
-}
-
-}  // namespace
+using tessarix::test::FromRows;
 
 TEST(GaussJordanSolve, InverseAndSolutionsOfAWellConditionedSystem) {
   // A zero on the diagonal needs the pivoting.

@@ -3,8 +3,10 @@
 
 #include <cmath>
 #include <string>
+#include <vector>
 
 #include "tessarix/numerics/internal_failure.hpp"
+#include "tessarix/numerics/one_based.hpp"
 #include "tessarix/platform/fault.hpp"
 
 namespace tessarix::test {
@@ -27,6 +29,17 @@ std::string FailureOf(F&& f) {
 // zero, absolute near it.
 inline bool Near(double actual, double expected, double tolerance) {
   return std::fabs(actual - expected) <= tolerance * std::fmax(1.0, std::fabs(expected));
+}
+
+// A one-based matrix from rows written out in the test.
+inline detail::Matrix1 FromRows(const std::vector<std::vector<double>>& rows) {
+  detail::Matrix1 m(static_cast<std::int32_t>(rows.size()), static_cast<std::int32_t>(rows[0].size()));
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    for (std::size_t j = 0; j < rows[i].size(); ++j) {
+      m(static_cast<std::int32_t>(i + 1), static_cast<std::int32_t>(j + 1)) = rows[i][j];
+    }
+  }
+  return m;
 }
 
 }  // namespace tessarix::test

@@ -11,18 +11,9 @@
 
 using namespace tessarix::detail;
 using tessarix::test::FailureOf;
+using tessarix::test::FromRows;
 
 namespace {
-
-Matrix1 FromRows(const std::vector<std::vector<double>>& rows) {
-  Matrix1 m(static_cast<std::int32_t>(rows.size()), static_cast<std::int32_t>(rows[0].size()));
-  for (std::size_t i = 0; i < rows.size(); ++i) {
-    for (std::size_t j = 0; j < rows[i].size(); ++j) {
-      m(static_cast<std::int32_t>(i + 1), static_cast<std::int32_t>(j + 1)) = rows[i][j];
-    }
-  }
-  return m;
-}
 
 // Largest deviation of U diag(w) V^T from A, of U^T U and V^T V from I.
 struct Residuals {
