@@ -9,6 +9,7 @@
 #include "tessarix/core/regression_parameters.hpp"
 #include "tessarix/data/data_collection.hpp"
 #include "tessarix/data/data_series.hpp"
+#include "tessarix/language/model_definition.hpp"
 #include "tessarix/platform/matrix.hpp"
 #include "tessarix/platform/separators.hpp"
 #include "tessarix/platform/variant.hpp"
