@@ -1,20 +1,43 @@
 // Pre-defined models: the catalogue's formula, analytic derivatives and
-// least-squares starting values, selected by the model's evaluation code.
-//
-// This is the seam of the catalogue of pre-defined models: it fills these
-// three functions from ModelState (the evaluation code and the estimate term
-// count that DefineInternalModel stores there). Until it does, no pre-defined
-// model can be defined (only DefineInternalModel sets the kind
-// tsxModelInternal together with the valid flag), so they are never reached
-// with a valid model.
+// least-squares starting values, selected by the evaluation code that
+// DefineInternalModel stores in ModelState.
+#include <vector>
+
 #include "tessarix/core/internal/nonlinear_regression_impl.hpp"
+#include "tessarix/core/internal/parameter_access.hpp"
+#include "tessarix/models/least_squares_estimates.hpp"
+#include "tessarix/models/predefined_formulas.hpp"
 
 namespace tessarix::detail {
 
-bool EvaluateInternalModel(NonlinearRegressionImpl& /*r*/, double /*x*/, double& /*y*/) { return false; }
+bool EvaluateInternalModel(NonlinearRegressionImpl& r, double x, double& y) {
+  return EvaluatePredefined(r.model.evaluation_code, r.core.parameter_values.data(), x, y);
+}
 
-bool InternalModelDerivatives(NonlinearRegressionImpl& /*r*/, double /*x*/, double* /*dyda*/) { return false; }
+// Analytic for every parameter: the flags of the fixed parameters are not
+// looked at, a fixed parameter's derivative is simply not used.
+bool InternalModelDerivatives(NonlinearRegressionImpl& r, double x, double* dyda) {
+  return PredefinedDerivatives(r.model.evaluation_code, r.core.parameter_values.data(), x, dyda);
+}
 
-bool ObtainInternalEstimates(NonlinearRegressionImpl& /*r*/) { return false; }
+// The estimates of the run's observations, written into the parameters as
+// library estimates (the caller-set mark stays clear). The chain writes
+// nothing on a failure, except for the models with more estimator terms than
+// parameters: their first coefficients stand although the chain failed.
+bool ObtainInternalEstimates(NonlinearRegressionImpl& r) {
+  tessarix::RegressionParameters& parameters = r.core.Parameters();
+  const std::int32_t count = parameters.Count();
+  std::vector<double> estimates(static_cast<std::size_t>(count));
+  for (std::int32_t l = 1; l <= count; ++l) {
+    estimates[static_cast<std::size_t>(l - 1)] = ParameterAccess::At(parameters, l).InitialEstimate();
+  }
+  const auto n = static_cast<std::int32_t>(r.x.size()) - 1;
+  const bool ok = ObtainLeastSquaresEstimates(r.model.evaluation_code, r.model.estimate_term_count, r.x.data(),
+                                              r.core.y.data(), r.core.weights.data(), n, estimates);
+  for (std::int32_t l = 1; l <= count; ++l) {
+    ParameterAccess::SetDefaultEstimate(ParameterAccess::At(parameters, l), estimates[static_cast<std::size_t>(l - 1)]);
+  }
+  return ok;
+}
 
 }  // namespace tessarix::detail

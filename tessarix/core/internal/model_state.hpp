@@ -51,7 +51,12 @@ struct ModelState {
   // external models without derivatives), allocated by the definition.
   Matrix1 derivative_table;
 
-  // ---- pre-defined models (the catalogue) add their members here ----------
+  // ---- pre-defined models (the catalogue) ---------------------------------
+  // The code that selects the formula, its derivatives and its estimator,
+  // and the number of the estimator's terms; both 0 when no entry was found.
+  std::int32_t evaluation_code = 0;
+  std::int32_t estimate_term_count = 0;
+
   // ---- user models (the language) -------------------------------------------
   // The compiled program with the compiler's state. It outlives every
   // redefinition on the object: a new definition appends to it, and the
