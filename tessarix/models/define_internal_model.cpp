@@ -1,0 +1,83 @@
+// DefineInternalModel of NonlinearRegression: a model of the catalogue chosen
+// by number. The catalogue's text is compiled exactly like a user model, which
+// names the parameters (a, b, c, ... in order) and leaves the definition
+// readable through ModelDefinition; the fit itself runs the hand-written
+// formula selected by the evaluation code.
+#include <string>
+#include <vector>
+
+#include "tessarix/core/error_catalogue.hpp"
+#include "tessarix/core/error_handler.hpp"
+#include "tessarix/core/internal/nonlinear_regression_impl.hpp"
+#include "tessarix/core/internal/parameter_access.hpp"
+#include "tessarix/core/nonlinear_regression.hpp"
+#include "tessarix/language/internal/evaluator.hpp"
+#include "tessarix/language/internal/user_model.hpp"
+#include "tessarix/models/model_catalogue.hpp"
+#include "tessarix/platform/rounding.hpp"
+#include "tessarix/platform/separators.hpp"
+
+namespace tessarix {
+namespace {
+
+// The catalogue entry of an ID, with the three members set from it. Outside
+// 1..298: no entry, code and term count 0, the label left as it stood.
+const detail::InternalModelEntry* LookupInternalModel(detail::ModelState& model, std::int32_t model_id) {
+  const detail::InternalModelEntry* entry = detail::FindInternalModel(model_id);
+  if (entry == nullptr) {
+    model.evaluation_code = 0;
+    model.estimate_term_count = 0;
+    return nullptr;
+  }
+  model.evaluation_code = entry->evaluation_code;
+  model.estimate_term_count = entry->estimate_term_count;
+  model.model_file_label = std::string(entry->file_label);
+  return entry;
+}
+
+}  // namespace
+
+void NonlinearRegression::DefineInternalModel(std::int32_t ModelID) {
+  detail::NonlinearRegressionImpl& r = *impl_;
+  // The reset comes before the ID is looked at: an invalid ID leaves no model
+  // at all, the earlier one gone.
+  r.BeginDefinition();
+  detail::ResetLanguageFlags(r.model.program);
+  const detail::InternalModelEntry* entry = LookupInternalModel(r.model, ModelID);
+  if (entry == nullptr) detail::RaiseLibraryError(detail::ErrorId::InvalidPredefinedModelId);
+
+  tessarix::ModelDefinition definition;
+  definition.SetY(std::string(entry->definition));
+  definition.SetDescription(std::string(entry->description));
+  r.model.model_text.assign(1, definition.Y());
+  r.model.definition_failed = true;
+  detail::RunUnderHandler(
+      [&] {
+        // The catalogue's texts are English; the stored local form follows the
+        // user's separators ("x^1.5" reads "x^1,5" where the comma is decimal).
+        const SystemSeparators& separators = CurrentSeparators();
+        detail::PrepareDefinition(r.model.program, definition, tsxLocaleEnglish, separators,
+                                  r.model.definition_english, r.model.definition_local);
+        r.model.type = tsxModelInternal;
+        const std::vector<std::string> names = detail::CompileUserModel(r.model.program, separators);
+        const std::int16_t count = detail::ToCounter16(static_cast<std::int64_t>(names.size()));
+        detail::PrepareScratch(r.model.program, r.model.scratch);
+        // Allocated for every kind of model, so that numerical differentiation
+        // (the post-fit queries) finds it whatever the kind.
+        r.model.derivative_table.Resize(detail::kDerivativeTableSize, detail::kDerivativeTableSize);
+        r.core.parameter_values = detail::MakeVector1(count);
+        for (const std::string& name : names) detail::ParameterAccess::AddParameter(r.core.Parameters(), name);
+        r.core.parameter_count = count;
+        r.core.valid = true;
+        r.model.definition_failed = false;
+      },
+      [&](const std::string& description) {
+        r.core.valid = false;
+        r.core.parameter_count = 0;
+        detail::ParameterAccess::RemoveAllParameters(r.core.Parameters());
+        r.core.last_error = std::string(detail::kGeneralErrorPrefix) + description;
+      },
+      detail::LibraryErrors::PassThrough);
+}
+
+}  // namespace tessarix
