@@ -45,15 +45,6 @@ constexpr std::array<BinaryOperator, 18> kBinaryOperators = {{
 constexpr int kUnaryMinusLevel = 11;  // binds looser than "^", tighter than "*"
 constexpr int kNotLevel = 6;          // takes a whole comparison, stops at "and"
 
-// Words of the two-argument and three-argument calls; every other function
-// word takes one argument ("if" is handled on its own).
-int CallArity(std::int16_t code) { return FunctionArity(code); }
-
-constexpr std::array<std::string_view, 14> kDataWords = {
-    "xmin", "xmax", "ymin", "ymax", "xmean", "ymean", "xstd", "ystd",
-    "xatymin", "xatymax", "yatxmin", "yatxmax", "xrange", "yrange"};
-static_assert(kDataWords.size() == static_cast<std::size_t>(kDataWordCount));
-
 int DataWordIndex(const std::string& lower) {
   for (std::size_t i = 0; i < kDataWords.size(); ++i) {
     if (kDataWords[i] == lower) return static_cast<int>(i);
@@ -215,7 +206,7 @@ void Compiler::ParseCall(const std::string& word, std::string& names, int depth)
     Expect(")");
     return;
   }
-  const int arity = CallArity(code);
+  const int arity = FunctionArity(code);  // 1, 2 or 3 by the dictionary
   ParseExpression(1, names, depth + 1);
   for (int i = 2; i <= arity; ++i) {
     Expect(separator);

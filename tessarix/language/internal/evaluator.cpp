@@ -94,6 +94,19 @@ constexpr double kFalse = 0.0;
     break;                                \
   }
 
+// A push fused with the operator of the next record: the old top is the left
+// operand, the pushed value the right one; sp does not change.
+#define TSX_FUSED(value, expr)            \
+  {                                       \
+    if (kChecked && sp < 0) return false; \
+    const double a = top, b = (value);    \
+    const double r = (expr);              \
+    if (!std::isfinite(r)) return false;  \
+    top = r;                              \
+    pc += 2;                              \
+    continue;                             \
+  }
+
 // kChecked: the program may hold partial records of a failed compile, so
 // every read of the top and every pop tests for the empty stack.
 template <bool kChecked>
@@ -143,6 +156,19 @@ bool Run(const ModelProgram& program, EvaluationScratch& scratch, const double* 
         top = r;
         break;
       }
+      case Instr::AddX: TSX_FUSED(x, a + b)
+      case Instr::SubtractX: TSX_FUSED(x, a - b)
+      case Instr::MultiplyX: TSX_FUSED(x, a * b)
+      case Instr::DivideX: TSX_FUSED(x, b == 0.0 ? std::numeric_limits<double>::quiet_NaN() : a / b)
+      case Instr::AddParameter: TSX_FUSED(parameters[in.a], a + b)
+      case Instr::SubtractParameter: TSX_FUSED(parameters[in.a], a - b)
+      case Instr::MultiplyParameter: TSX_FUSED(parameters[in.a], a * b)
+      case Instr::DivideParameter:
+        TSX_FUSED(parameters[in.a], b == 0.0 ? std::numeric_limits<double>::quiet_NaN() : a / b)
+      case Instr::AddConstant: TSX_FUSED(in.value, a + b)
+      case Instr::SubtractConstant: TSX_FUSED(in.value, a - b)
+      case Instr::MultiplyConstant: TSX_FUSED(in.value, a * b)
+      case Instr::DivideConstant: TSX_FUSED(in.value, b == 0.0 ? std::numeric_limits<double>::quiet_NaN() : a / b)
       case Instr::Exp: TSX_UNARY(std::exp(v))
       case Instr::Ln: TSX_UNARY(v > 0.0 ? std::log(v) : std::numeric_limits<double>::quiet_NaN())
       case Instr::Sqrt: TSX_UNARY(v >= 0.0 ? std::sqrt(v) : std::numeric_limits<double>::quiet_NaN())
@@ -180,6 +206,7 @@ bool Run(const ModelProgram& program, EvaluationScratch& scratch, const double* 
 }
 
 #undef TSX_PUSH
+#undef TSX_FUSED
 #undef TSX_UNARY
 #undef TSX_BINARY
 

@@ -11,6 +11,7 @@
 #include <array>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "tessarix/core/data_statistics.hpp"
@@ -31,6 +32,13 @@ enum class OpKind : std::int16_t {
   Save = 8,       // "savef3"       / k of Fk  / saved[k] = top, stack unchanged
   Recall = 9,     // "f3"           / k of Fk  / push saved[k]
 };
+
+// ORDER: the data words, in the order of DataWord.
+inline constexpr std::array<std::string_view, kDataWordCount> kDataWords = {
+    "xmin", "xmax", "ymin", "ymax", "xmean", "ymean", "xstd", "ystd",
+    "xatymin", "xatymax", "yatxmin", "yatxmax", "xrange", "yrange"};
+static_assert(kDataWords[static_cast<std::size_t>(DataWord::XAtYMin)] == "xatymin" &&
+              kDataWords[static_cast<std::size_t>(DataWord::YRange)] == "yrange");
 
 // ORDER: operator codes of OpKind::Binary.
 enum class BinaryOp : std::int16_t {
@@ -61,6 +69,12 @@ enum class Instr : std::uint8_t {
   Add, Subtract, Multiply, Divide,  // the IEEE operators, checked
   Binary,     // code: BinaryOp, the others
   Exp, Ln, Sqrt, Sin, Cos,            // the common one-argument words
+  // A push of x, a parameter or a constant and the IEEE operator of the next
+  // record, done in one step (then pc + 2). The next record keeps its own
+  // instruction, so a jump to it still finds it.
+  AddX, SubtractX, MultiplyX, DivideX,
+  AddParameter, SubtractParameter, MultiplyParameter, DivideParameter,
+  AddConstant, SubtractConstant, MultiplyConstant, DivideConstant,
   Function1,  // code: function code, replaces the top
   Function2,  // code: function code, pops one
   Function3,  // code: function code, pops two

@@ -125,6 +125,23 @@ void BuildJumpTable(ModelProgram& program) {
   program.has_jump_table = true;
 }
 
+namespace {
+// Pairs of a push and an IEEE operator become one instruction (see Instr).
+void FuseOperands(std::vector<Instruction>& code) {
+  auto fused = [](Instr push, Instr op) -> Instr {
+    const int row = push == Instr::Variable ? 0 : push == Instr::Parameter ? 1 : push == Instr::Constant ? 2 : -1;
+    const int column = op == Instr::Add ? 0 : op == Instr::Subtract ? 1 : op == Instr::Multiply ? 2
+                       : op == Instr::Divide ? 3 : -1;
+    if (row < 0 || column < 0) return Instr::Skip;
+    return static_cast<Instr>(static_cast<int>(Instr::AddX) + 4 * row + column);
+  };
+  for (std::size_t i = 1; i + 1 < code.size(); ++i) {
+    const Instr f = fused(code[i].op, code[i + 1].op);
+    if (f != Instr::Skip) code[i].op = f;
+  }
+}
+}  // namespace
+
 void FinishProgram(ModelProgram& program, std::int32_t parameter_count) {
   const std::int32_t length = program.Length();
   std::vector<Instruction> code(static_cast<std::size_t>(length) + 1);
@@ -155,12 +172,9 @@ void FinishProgram(ModelProgram& program, std::int32_t parameter_count) {
         in.a = op.param_index;
         break;
       case OpKind::DataWord: {
-        static constexpr std::array<std::string_view, kDataWordCount> kWords = {
-            "xmin", "xmax", "ymin", "ymax", "xmean", "ymean", "xstd", "ystd",
-            "xatymin", "xatymax", "yatxmin", "yatxmax", "xrange", "yrange"};
         in.op = Instr::Constant;  // an unknown word reads as 0
-        for (std::size_t w = 0; w < kWords.size(); ++w) {
-          if (kWords[w] == op.text) {
+        for (std::size_t w = 0; w < kDataWords.size(); ++w) {
+          if (kDataWords[w] == op.text) {
             in.op = Instr::DataWord;
             in.a = static_cast<std::int32_t>(w);
           }
@@ -210,6 +224,7 @@ void FinishProgram(ModelProgram& program, std::int32_t parameter_count) {
       case OpKind::None: break;
     }
   }
+  FuseOperands(code);
   program.code = std::move(code);
 }
 
