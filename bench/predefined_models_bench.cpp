@@ -29,17 +29,15 @@ Series MakeData(std::int32_t model_id, std::int64_t n) {
   for (std::int64_t i = 0; i < n; ++i) {
     const double x = static_cast<double>(i) / static_cast<double>(n - 1);
     const double ripple = 1.0 + 0.01 * std::sin(977.0 * x);
-    const double v = model_id == 36 ? 2.0 * std::exp(-1.5 * x)
-                                    : 3.0 * std::exp(-(x - 0.45) * (x - 0.45) / (2.0 * 0.18 * 0.18));
+    const double v =
+        model_id == 36 ? 2.0 * std::exp(-1.5 * x) : 3.0 * std::exp(-(x - 0.45) * (x - 0.45) / (2.0 * 0.18 * 0.18));
     s.x[static_cast<std::size_t>(i)] = x;
     s.y[static_cast<std::size_t>(i)] = v * ripple;
   }
   return s;
 }
 
-const char* TextOf(std::int32_t model_id) {
-  return model_id == 36 ? "a*exp(b*x)" : "a*exp((-(x-b)^2)/(2*c^2))";
-}
+const char* TextOf(std::int32_t model_id) { return model_id == 36 ? "a*exp(b*x)" : "a*exp((-(x-b)^2)/(2*c^2))"; }
 
 // The starting values of the pre-defined model: its least-squares estimates.
 std::vector<double> Estimates(std::int32_t model_id, const Series& s) {

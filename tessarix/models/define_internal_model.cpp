@@ -56,8 +56,8 @@ void NonlinearRegression::DefineInternalModel(std::int32_t ModelID) {
         // The catalogue's texts are English; the stored local form follows the
         // user's separators ("x^1.5" reads "x^1,5" where the comma is decimal).
         const SystemSeparators& separators = CurrentSeparators();
-        detail::PrepareDefinition(r.model.program, definition, tsxLocaleEnglish, separators,
-                                  r.model.definition_english, r.model.definition_local);
+        detail::PrepareDefinition(r.model.program, definition, tsxLocaleEnglish, separators, r.model.definition_english,
+                                  r.model.definition_local);
         r.model.type = tsxModelInternal;
         const std::vector<std::string> names = detail::CompileUserModel(r.model.program, separators);
         const std::int16_t count = detail::ToCounter16(static_cast<std::int64_t>(names.size()));

@@ -38,7 +38,8 @@ bool LinearizeObservations(std::int32_t evaluation_code, std::int32_t term_count
   t = MakeVector1(n);
   return RunStep([&] {
     for (std::int32_t i = 1; i <= n; ++i) {
-      t[static_cast<std::size_t>(i)] = TransformObservation(evaluation_code, Num(Checked(x[i])), Num(Checked(y[i]))).value();
+      t[static_cast<std::size_t>(i)] =
+          TransformObservation(evaluation_code, Num(Checked(x[i])), Num(Checked(y[i]))).value();
     }
   });
 }

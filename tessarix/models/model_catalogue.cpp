@@ -98,13 +98,13 @@ constexpr std::array<ListedModel, 74> kListedModels = {{
 // The fit file's short names of IDs 6 to 25.
 constexpr std::int32_t kFirstLabelledId = 6;
 constexpr std::array<std::string_view, 20> kFileLabels = {
-    "Sixth order polynomial",          "Seventh order polynomial",        "Eighth order polynomial",
-    "Ninth order polynomial",          "Tenth order polynomial",          "First order logarithm",
-    "Second order logarithm",          "Third order logarithm",           "Fourth order logarithm",
-    "Fifth order logarithm",           "First order inverse polynomial",  "Second order inverse polynomial",
-    "Third order inverse polynomial",  "Fourth order inverse polynomial", "Fifth order inverse polynomial",
-    "First order inverse logarithm",   "Second order inverse logarithm",  "Third order inverse logarithm",
-    "Fourth order inverse logarithm",  "Fifth order inverse logarithm",
+    "Sixth order polynomial",         "Seventh order polynomial",        "Eighth order polynomial",
+    "Ninth order polynomial",         "Tenth order polynomial",          "First order logarithm",
+    "Second order logarithm",         "Third order logarithm",           "Fourth order logarithm",
+    "Fifth order logarithm",          "First order inverse polynomial",  "Second order inverse polynomial",
+    "Third order inverse polynomial", "Fourth order inverse polynomial", "Fifth order inverse polynomial",
+    "First order inverse logarithm",  "Second order inverse logarithm",  "Third order inverse logarithm",
+    "Fourth order inverse logarithm", "Fifth order inverse logarithm",
 };
 
 // ---- IDs 75 to 298, generated from the term list at compile time ----------

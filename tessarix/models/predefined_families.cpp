@@ -9,9 +9,7 @@ namespace tessarix::detail {
 namespace {
 
 // Number of parameters of a family member: degree + 1.
-constexpr std::int32_t FamilyParameters(std::int32_t code, std::int32_t first_code) {
-  return code - first_code + 2;
-}
+constexpr std::int32_t FamilyParameters(std::int32_t code, std::int32_t first_code) { return code - first_code + 2; }
 
 Num TermFactorValue(TermFactor factor, Num x) {
   switch (factor) {

@@ -1,5 +1,7 @@
 // The least-squares estimates: exact recovery from noise-free data for every
 // model whose linearisation is exact, and the failure rules of the chain.
+#include "tessarix/models/least_squares_estimates.hpp"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -7,7 +9,6 @@
 #include <map>
 #include <vector>
 
-#include "tessarix/models/least_squares_estimates.hpp"
 #include "tessarix/models/model_catalogue.hpp"
 #include "tessarix/models/predefined_formulas.hpp"
 
@@ -20,7 +21,10 @@ std::int32_t CodeOf(std::int32_t id) { return FindInternalModel(id)->evaluation_
 // domain of its transform on 0 < x < 1.
 std::vector<double> TrueParameters(std::int32_t id) {
   static const std::map<std::int32_t, std::vector<double>> special = {
-      {26, {0, -0.5}}, {46, {0, 2.0, 0.3}}, {57, {0, 0.3}}, {58, {0, 0.3}},
+      {26, {0, -0.5}},
+      {46, {0, 2.0, 0.3}},
+      {57, {0, 0.3}},
+      {58, {0, 0.3}},
   };
   const auto it = special.find(id);
   if (it != special.end()) return it->second;

@@ -1,11 +1,11 @@
 // The catalogue against the published table: every listed row, the labels of
 // the fit file, the generated run of IDs 75 to 298 and the lookup's bounds.
+#include "tessarix/models/model_catalogue.hpp"
+
 #include <gtest/gtest.h>
 
 #include <set>
 #include <string>
-
-#include "tessarix/models/model_catalogue.hpp"
 
 namespace tessarix::detail {
 namespace {

@@ -1,15 +1,14 @@
 // Shared by the model tests: an independent evaluation of the catalogue's
 // linear definitions (a sum of coefficient-times-term pieces) in plain double
-// arithmetic, and a numerical derivative of the hand-written formulas.
+// arithmetic.
 #pragma once
+
+#include <gtest/gtest.h>
 
 #include <cmath>
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <vector>
-
-#include "tessarix/models/predefined_formulas.hpp"
 
 namespace tessarix::test {
 
@@ -62,28 +61,6 @@ inline double EvaluateLinearText(std::string_view text, const double* p, double 
     start = end + 1;
   }
   return sum;
-}
-
-// Central difference by parameter j, extrapolated (Richardson) from h and h/2.
-inline bool NumericalDerivative(std::int32_t code, std::vector<double> p, std::int32_t j, double x, double& d) {
-  const double h = 1e-5 * std::max(1.0, std::fabs(p[j]));
-  auto central = [&](double step, double& out) {
-    const double keep = p[j];
-    double up = 0.0, down = 0.0;
-    p[j] = keep + step;
-    const bool ok1 = detail::EvaluatePredefined(code, p.data(), x, up);
-    p[j] = keep - step;
-    const bool ok2 = detail::EvaluatePredefined(code, p.data(), x, down);
-    p[j] = keep;
-    out = (up - down) / (2.0 * step);
-    return ok1 && ok2;
-  };
-  double d1 = 0.0, d2 = 0.0, d4 = 0.0;
-  if (!central(h, d1) || !central(h / 2, d2) || !central(h / 4, d4)) return false;
-  const double r1 = (4.0 * d2 - d1) / 3.0;
-  const double r2 = (4.0 * d4 - d2) / 3.0;
-  d = (16.0 * r2 - r1) / 15.0;
-  return true;
 }
 
 }  // namespace tessarix::test

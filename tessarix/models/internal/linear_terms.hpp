@@ -110,9 +110,9 @@ constexpr std::array<LinearRunEntry, kLinearRunSize> BuildLinearRun() {
 
 inline constexpr std::array<LinearRunEntry, kLinearRunSize> kLinearRun = BuildLinearRun();
 
-static_assert(kLinearRun[0].first == 2 && kLinearRun[0].second == 0);     // ID 75: a+b*x*log(x)
-static_assert(kLinearRun[16].first == 21 && kLinearRun[16].second == 0);  // ID 91: a+b*exp(-x)
-static_assert(kLinearRun[17].first == 1 && kLinearRun[17].second == 2);   // ID 92
+static_assert(kLinearRun[0].first == 2 && kLinearRun[0].second == 0);        // ID 75: a+b*x*log(x)
+static_assert(kLinearRun[16].first == 21 && kLinearRun[16].second == 0);     // ID 91: a+b*exp(-x)
+static_assert(kLinearRun[17].first == 1 && kLinearRun[17].second == 2);      // ID 92
 static_assert(kLinearRun[223].first == 20 && kLinearRun[223].second == 21);  // ID 298
 
 // The entry of a linear-run evaluation code (90..313).
