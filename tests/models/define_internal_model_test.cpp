@@ -126,6 +126,8 @@ TEST(PredefinedEstimates, ExactEstimatesFromNoiseFreeData) {
   EXPECT_NEAR(b->InitialEstimate(), -1.5, 1e-12);
   EXPECT_LE(reg.NumIterations(), 2);
   EXPECT_NEAR(a->Value(), 2.0, 1e-12);
+  // The queries evaluate the pre-defined formula too.
+  EXPECT_NEAR(reg.PredictValue(0.5), 2.0 * std::exp(-0.75), 1e-12);
   // The library's estimate is no user setting: the next fit estimates afresh.
   const Data other = [] {
     Data e;
