@@ -1,5 +1,6 @@
 #include "tessarix/numerics/linear_algebra.hpp"
 
+#include <array>
 #include <cmath>
 #include <utility>
 #include <vector>
@@ -25,12 +26,36 @@ struct VectorColumn {
   double& operator()(std::int32_t i, std::int32_t /*column*/) { return b[static_cast<std::size_t>(i)]; }
 };
 
+// Integer work arrays of the elimination, one-based. Systems of up to 100
+// unknowns (every regression's normal equations) keep them on the stack, so
+// the solve in each iteration of a fit allocates nothing.
+class IndexArray {
+ public:
+  explicit IndexArray(std::size_t size) {
+    if (size > small_.size()) {
+      large_.assign(size, 0);
+      data_ = large_.data();
+    } else {
+      small_.fill(0);
+      data_ = small_.data();
+    }
+  }
+  IndexArray(const IndexArray&) = delete;
+  IndexArray& operator=(const IndexArray&) = delete;
+  std::int32_t& operator[](std::int32_t i) { return data_[i]; }
+
+ private:
+  std::array<std::int32_t, 101> small_;
+  std::vector<std::int32_t> large_;
+  std::int32_t* data_;
+};
+
 template <class Rhs>
 void Eliminate(Matrix1& a, std::int32_t n, Rhs rhs, std::int32_t m, std::string& error_text) {
   const auto size = static_cast<std::size_t>(n) + 1;
-  std::vector<std::int32_t> pivot_marks(size, 0);
-  std::vector<std::int32_t> row_record(size, 0);
-  std::vector<std::int32_t> column_record(size, 0);
+  IndexArray pivot_marks(size);
+  IndexArray row_record(size);
+  IndexArray column_record(size);
 
   for (std::int32_t pass = 1; pass <= n; ++pass) {
     double big = 0.0;
