@@ -12,58 +12,13 @@
 #include <vector>
 
 #include "external_models.hpp"
+#include "support/nist_problem.hpp"
 #include "tessarix/core/nonlinear_regression.hpp"
 
 namespace tessarix {
 namespace {
 
 using Vec = std::vector<double>;
-
-struct NistProblem {
-  std::vector<Vec> starts;  // starts[k][j]: start k + 1 of parameter j
-  Vec certified;
-  Vec certified_sd;
-  double certified_rss = 0.0;
-  Vec x, y;
-};
-
-NistProblem ReadNist(const std::string& name) {
-  std::ifstream in(std::string(TESSARIX_NIST_DIR) + "/" + name + ".dat");
-  NistProblem p;
-  p.starts.resize(2);
-  std::string line;
-  bool in_data = false;
-  int data_headers = 0;
-  while (std::getline(in, line)) {
-    if (!line.empty() && line.back() == '\r') line.pop_back();
-    std::istringstream s(line);
-    std::string first;
-    s >> first;
-    if (in_data) {
-      double y = 0, x = 0;
-      std::istringstream d(line);
-      if (d >> y >> x) {
-        p.y.push_back(y);
-        p.x.push_back(x);
-      }
-      continue;
-    }
-    if (first.size() >= 2 && first[0] == 'b' && std::isdigit(static_cast<unsigned char>(first[1]))) {
-      std::string eq;
-      double s1 = 0, s2 = 0, c = 0, sd = 0;
-      s >> eq >> s1 >> s2 >> c >> sd;
-      p.starts[0].push_back(s1);
-      p.starts[1].push_back(s2);
-      p.certified.push_back(c);
-      p.certified_sd.push_back(sd);
-    } else if (line.find("Residual Sum of Squares:") != std::string::npos) {
-      p.certified_rss = std::stod(line.substr(line.find(':') + 1));
-    } else if (first == "Data:" && ++data_headers == 2) {
-      in_data = true;
-    }
-  }
-  return p;
-}
 
 struct NistModel {
   const char* name;
@@ -144,20 +99,12 @@ std::vector<NistModel> Models() {
   };
 }
 
-// Digits in agreement with the certified value (capped at 11, as NIST does
-// for results that agree to the printed precision).
-double LogRelativeError(double value, double certified) {
-  if (value == certified) return 11.0;
-  const double lre = -std::log10(std::fabs(value - certified) / std::fabs(certified));
-  return lre > 11.0 ? 11.0 : lre;
-}
-
 struct FitOutcome {
   bool solved = false;
   double min_lre_value = 0.0, min_lre_sd = 0.0, lre_rss = 0.0;
 };
 
-FitOutcome FitFrom(const NistModel& model, const NistProblem& p, const Vec& start) {
+FitOutcome FitFrom(const NistModel& model, const test::NistProblem& p, const Vec& start) {
   NonlinearRegression reg;
   std::vector<std::string> names;
   for (std::size_t j = 0; j < start.size(); ++j) {
@@ -177,17 +124,17 @@ FitOutcome FitFrom(const NistModel& model, const NistProblem& p, const Vec& star
   out.min_lre_value = out.min_lre_sd = 11.0;
   for (std::size_t j = 0; j < start.size(); ++j) {
     const auto param = reg.RegressionParameters()->Item(static_cast<std::int32_t>(j + 1));
-    out.min_lre_value = std::min(out.min_lre_value, LogRelativeError(param->Value(), p.certified[j]));
-    out.min_lre_sd = std::min(out.min_lre_sd, LogRelativeError(param->StandardError(), p.certified_sd[j]));
+    out.min_lre_value = std::min(out.min_lre_value, test::LogRelativeError(param->Value(), p.certified[j]));
+    out.min_lre_sd = std::min(out.min_lre_sd, test::LogRelativeError(param->StandardError(), p.certified_sd[j]));
   }
-  out.lre_rss = LogRelativeError(reg.SSE(), p.certified_rss);
+  out.lre_rss = test::LogRelativeError(reg.SSE(), p.certified_rss);
   return out;
 }
 
 TEST(NistRegression, TwoAndThreeParameterProblemsMatchTheCertifiedValues) {
   std::printf("%-10s %-6s %8s %8s %8s\n", "problem", "start", "values", "sd", "rss");
   for (const NistModel& model : Models()) {
-    const NistProblem p = ReadNist(model.name);
+    const test::NistProblem p = test::ReadNistProblem(model.name);
     ASSERT_FALSE(p.x.empty()) << model.name;
     ASSERT_EQ(p.x.size(), p.y.size());
     for (std::size_t k = 0; k < 2; ++k) {

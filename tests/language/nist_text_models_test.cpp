@@ -15,53 +15,13 @@
 #include <string>
 #include <vector>
 
+#include "support/nist_problem.hpp"
 #include "tessarix/core/nonlinear_regression.hpp"
 
 namespace tessarix {
 namespace {
 
 using Vec = std::vector<double>;
-
-struct NistData {
-  std::vector<Vec> starts{2};
-  Vec certified;
-  double certified_rss = 0.0;
-  Vec x, y;
-};
-
-NistData ReadNist(const std::string& name) {
-  std::ifstream in(std::string(TESSARIX_NIST_DIR) + "/" + name + ".dat");
-  NistData p;
-  std::string line;
-  bool in_data = false;
-  int data_headers = 0;
-  while (std::getline(in, line)) {
-    if (!line.empty() && line.back() == '\r') line.pop_back();
-    std::istringstream s(line);
-    std::string first;
-    s >> first;
-    if (in_data) {
-      double y = 0, x = 0;
-      std::istringstream d(line);
-      if (d >> y >> x) {
-        p.y.push_back(y);
-        p.x.push_back(x);
-      }
-    } else if (first.size() >= 2 && first[0] == 'b' && std::isdigit(static_cast<unsigned char>(first[1]))) {
-      std::string eq;
-      double s1 = 0, s2 = 0, c = 0;
-      s >> eq >> s1 >> s2 >> c;
-      p.starts[0].push_back(s1);
-      p.starts[1].push_back(s2);
-      p.certified.push_back(c);
-    } else if (line.find("Residual Sum of Squares:") != std::string::npos) {
-      p.certified_rss = std::stod(line.substr(line.find(':') + 1));
-    } else if (first == "Data:" && ++data_headers == 2) {
-      in_data = true;
-    }
-  }
-  return p;
-}
 
 struct TextProblem {
   const char* name;
@@ -98,12 +58,6 @@ const TextProblem kProblems[] = {
     {"Bennett5", "b1*(b2+x)^(-1/b3)"},
 };
 
-double LogRelativeError(double value, double certified) {
-  if (value == certified) return 11.0;
-  const double lre = -std::log10(std::fabs(value - certified) / std::fabs(certified));
-  return std::clamp(lre, 0.0, 11.0);
-}
-
 struct Outcome {
   bool solved = false;
   double worst_lre = 0.0;
@@ -111,7 +65,7 @@ struct Outcome {
   std::int32_t iterations = 0;
 };
 
-Outcome FitText(const TextProblem& problem, const NistData& data, const Vec& start) {
+Outcome FitText(const TextProblem& problem, const test::NistProblem& data, const Vec& start) {
   NonlinearRegression reg;
   reg.DefineUserModel(problem.model);
   const auto params = reg.RegressionParameters();
@@ -130,10 +84,11 @@ Outcome FitText(const TextProblem& problem, const NistData& data, const Vec& sta
   if (!out.solved) return out;
   out.worst_lre = 11.0;
   for (std::size_t j = 0; j < start.size(); ++j) {
-    out.worst_lre = std::min(out.worst_lre, LogRelativeError(params->Item(static_cast<std::int32_t>(j + 1))->Value(),
-                                                             data.certified[j]));
+    out.worst_lre =
+        std::min(out.worst_lre,
+                 test::LogRelativeError(params->Item(static_cast<std::int32_t>(j + 1))->Value(), data.certified[j]));
   }
-  out.rss_lre = LogRelativeError(reg.SSE(), data.certified_rss);
+  out.rss_lre = test::LogRelativeError(reg.SSE(), data.certified_rss);
   out.iterations = reg.NumIterations();
   return out;
 }
@@ -142,7 +97,7 @@ TEST(TextModelFits, NistProblemsFromBothStarts) {
   std::printf("%-9s %5s %8s %8s %6s   %5s %8s %8s %6s\n", "problem", "start", "params", "rss", "iter", "start",
               "params", "rss", "iter");
   for (const TextProblem& problem : kProblems) {
-    const NistData data = ReadNist(problem.name);
+    const test::NistProblem data = test::ReadNistProblem(problem.name);
     ASSERT_FALSE(data.x.empty()) << problem.name;
     ASSERT_EQ(data.x.size(), data.y.size());
     std::printf("%-9s", problem.name);
