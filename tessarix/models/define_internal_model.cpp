@@ -4,18 +4,13 @@
 // readable through ModelDefinition; the fit itself runs the hand-written
 // formula selected by the evaluation code.
 #include <string>
-#include <vector>
 
 #include "tessarix/core/error_catalogue.hpp"
-#include "tessarix/core/error_handler.hpp"
 #include "tessarix/core/internal/nonlinear_regression_impl.hpp"
-#include "tessarix/core/internal/parameter_access.hpp"
 #include "tessarix/core/nonlinear_regression.hpp"
-#include "tessarix/language/internal/evaluator.hpp"
+#include "tessarix/language/internal/install_text_model.hpp"
 #include "tessarix/language/internal/user_model.hpp"
 #include "tessarix/models/model_catalogue.hpp"
-#include "tessarix/platform/rounding.hpp"
-#include "tessarix/platform/separators.hpp"
 
 namespace tessarix {
 namespace {
@@ -50,34 +45,10 @@ void NonlinearRegression::DefineInternalModel(std::int32_t ModelID) {
   definition.SetY(std::string(entry->definition));
   definition.SetDescription(std::string(entry->description));
   r.model.model_text.assign(1, definition.Y());
-  r.model.definition_failed = true;
-  detail::RunUnderHandler(
-      [&] {
-        // The catalogue's texts are English; the stored local form follows the
-        // user's separators ("x^1.5" reads "x^1,5" where the comma is decimal).
-        const SystemSeparators& separators = CurrentSeparators();
-        detail::PrepareDefinition(r.model.program, definition, tsxLocaleEnglish, separators, r.model.definition_english,
-                                  r.model.definition_local);
-        r.model.type = tsxModelInternal;
-        const std::vector<std::string> names = detail::CompileUserModel(r.model.program, separators);
-        const std::int16_t count = detail::ToCounter16(static_cast<std::int64_t>(names.size()));
-        detail::PrepareScratch(r.model.program, r.model.scratch);
-        // Allocated for every kind of model, so that numerical differentiation
-        // (the post-fit queries) finds it whatever the kind.
-        r.model.derivative_table.Resize(detail::kDerivativeTableSize, detail::kDerivativeTableSize);
-        r.core.parameter_values = detail::MakeVector1(count);
-        for (const std::string& name : names) detail::ParameterAccess::AddParameter(r.core.Parameters(), name);
-        r.core.parameter_count = count;
-        r.core.valid = true;
-        r.model.definition_failed = false;
-      },
-      [&](const std::string& description) {
-        r.core.valid = false;
-        r.core.parameter_count = 0;
-        detail::ParameterAccess::RemoveAllParameters(r.core.Parameters());
-        r.core.last_error = std::string(detail::kGeneralErrorPrefix) + description;
-      },
-      detail::LibraryErrors::PassThrough);
+  r.model.type = tsxModelInternal;
+  // The catalogue's texts are English; the stored local form follows the
+  // user's separators ("x^1.5" reads "x^1,5" where the comma is decimal).
+  detail::InstallTextModel(r, definition, tsxLocaleEnglish);
 }
 
 }  // namespace tessarix
