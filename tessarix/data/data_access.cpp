@@ -104,7 +104,7 @@ void DataAccess::SetReadOnly(DataCollection& collection, bool read_only) noexcep
   for (const auto& s : collection.members_) s->read_only_ = read_only;
 }
 
-void DataAccess::RemoveAllSeries(DataCollection& collection) noexcept { collection.members_.clear(); }
+void DataAccess::RemoveAllSeries(DataCollection& collection) noexcept { collection.EraseAll(); }
 
 namespace {
 

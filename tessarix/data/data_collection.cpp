@@ -17,10 +17,8 @@ void DataCollection::GuardWritable() const {
 }
 
 std::ptrdiff_t DataCollection::FindByName(const std::string& name) const {
-  for (std::size_t i = 0; i < members_.size(); ++i) {
-    if (detail::EqualIgnoringCase(members_[i]->name_, name)) return static_cast<std::ptrdiff_t>(i);
-  }
-  return -1;
+  const auto it = positions_.find(detail::FoldCase(name));
+  return it == positions_.end() ? -1 : static_cast<std::ptrdiff_t>(it->second);
 }
 
 std::shared_ptr<DataSeries> DataCollection::InsertNew(const std::string& name, std::int32_t preallocation) {
@@ -29,11 +27,27 @@ std::shared_ptr<DataSeries> DataCollection::InsertNew(const std::string& name, s
   detail::DataAccess::SetName(*series, name);
   if (preallocation > 0) detail::DataAccess::ReserveObservations(*series, preallocation);
   members_.push_back(series);
+  try {
+    positions_.emplace(detail::FoldCase(name), members_.size() - 1);
+  } catch (...) {
+    members_.pop_back();
+    throw;
+  }
   return series;
 }
 
 void DataCollection::EraseAt(std::size_t index) {
+  positions_.erase(detail::FoldCase(members_[index]->name_));
   members_.erase(members_.begin() + static_cast<std::ptrdiff_t>(index));
+  if (index == members_.size()) return;
+  for (auto& entry : positions_) {
+    if (entry.second > index) --entry.second;
+  }
+}
+
+void DataCollection::EraseAll() noexcept {
+  members_.clear();
+  positions_.clear();
 }
 
 std::shared_ptr<DataSeries> DataCollection::AddSeries(const std::string& Name, std::int32_t PreAllocation) {
@@ -53,7 +67,7 @@ void DataCollection::RemoveSeries(const Variant& SeriesIndex) {
   detail::RunUnderHandler([&] {
     if (SeriesIndex.IsEmpty()) {
       if (members_.empty()) detail::RaiseFault(detail::FaultKind::SubscriptOutOfRange);
-      members_.pop_back();
+      EraseAt(members_.size() - 1);
       return;
     }
     EraseAt(detail::DataAccess::IndexOrFault(*this, SeriesIndex));
@@ -75,7 +89,7 @@ std::int32_t DataCollection::NumObservationsMin() const noexcept {
 
 void DataCollection::RemoveAllSeries() {
   GuardWritable();
-  members_.clear();
+  EraseAll();
 }
 
 void DataCollection::ClearRegressionKeys() {

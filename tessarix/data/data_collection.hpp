@@ -8,6 +8,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "tessarix/core/enums.hpp"
@@ -88,6 +89,50 @@ class DataCollection {
   // when there are no rows or no members.
   Variant ExportSeriesToArrayAlt();
 
+  // ---- Text files ------------------------------------------------------------
+  //
+  // The imports read delimited text, one row a line, into one series per
+  // column. Forgiving by design: an empty line and a row with fewer fields
+  // than columns are skipped, fields beyond the columns are ignored, and a
+  // row with a field that is empty, neither a number nor a date (see
+  // DataSeries::ImportFromFile for both tests), or equal to MissingQualifier
+  // (unless it is a date) is dropped in all columns, so rows stay aligned.
+  // With a MissingQualifier, double quotes are removed from every line first
+  // ("3" reads as 3); without one, a quoted field is no number. Delimiters
+  // inside quotes are not recognised. Rows read before a failure stay.
+  // Errors: 10032 read-only; 10028 for another Delimiter; 10011 when the file
+  // cannot be read; 10037 / 10038 for the temporary copy of a line-feed file;
+  // 10035 for a value that cannot be converted.
+
+  // Columns named by NameArray (one column per name, no header line). Each
+  // name's series is replaced by a new, empty one before the file is even
+  // opened. An empty NameArray raises 10004.
+  void ImportSeriesFromFile(const std::string& FilePath, std::span<const std::string> NameArray,
+                            DelimiterTypeEnum Delimiter = tsxDelimiterComma, const std::string& DecimalSeparator = "",
+                            const std::string& DateSeparator = "", const Variant& MissingQualifier = Variant());
+  // The same with the names in a Variant array (10042 when it holds none).
+  void ImportSeriesFromFileAlt(const std::string& FilePath, const Variant& NameArray,
+                               DelimiterTypeEnum Delimiter = tsxDelimiterComma,
+                               const std::string& DecimalSeparator = "", const std::string& DateSeparator = "",
+                               const Variant& MissingQualifier = Variant());
+  // Columns named by the first non-empty line (double quotes removed, names
+  // trimmed of blanks); each name's series is replaced. An empty file makes
+  // no series and raises nothing.
+  void ImportNamedSeriesFromFile(const std::string& FilePath, DelimiterTypeEnum Delimiter = tsxDelimiterComma,
+                                 const std::string& DecimalSeparator = "", const std::string& DateSeparator = "",
+                                 const Variant& MissingQualifier = Variant());
+
+  // Writes the members as comma-delimited rows, lines ending in CRLF: with
+  // IncludeNames first a line of the names in double quotes; values in the
+  // list form ("." whatever the locale). With SaveFormatted, a member whose
+  // NumberDisplayFormat is not ""/"General" writes its formatted text followed
+  // by one blank (not a comma) where another column follows. Truncates the
+  // file or appends (the name line is then repeated). 10012 for members of
+  // different lengths; 10010 when the file cannot be opened or written.
+  // Works on a read-only collection.
+  void ExportSeriesToFile(const std::string& FilePath, bool IncludeNames = false, bool SaveFormatted = false,
+                          bool AppendData = false);
+
   // Sets NumberDisplayFormat of every member (allowed on a read-only collection).
   void SetNumberDisplayFormats(const std::string& FormatString);
 
@@ -133,8 +178,17 @@ class DataCollection {
   std::ptrdiff_t FindByName(const std::string& name) const;
   std::shared_ptr<DataSeries> InsertNew(const std::string& name, std::int32_t preallocation);
   void EraseAt(std::size_t index);
+  void EraseAll() noexcept;
+
+  // The common body of the imports; `names` null: names from a header line.
+  void ImportDelimited(const std::string& FilePath, const std::vector<std::string>* names, DelimiterTypeEnum Delimiter,
+                       const std::string& DecimalSeparator, const std::string& DateSeparator,
+                       const Variant& MissingQualifier);
 
   std::vector<std::shared_ptr<DataSeries>> members_;
+  // Position in members_ by case-folded name, so that lookups by name stay
+  // constant-time in collections of many series (files with wide headers).
+  std::unordered_map<std::string, std::size_t> positions_;
   bool read_only_ = false;
 };
 

@@ -87,6 +87,35 @@ class DataSeries {
   // empty series.
   Variant ExportToArrayAlt();
 
+  // ---- Text files ------------------------------------------------------------
+
+  // Reads one value a line from a text file; lines that are neither a number
+  // nor a date are skipped silently. A line is a number by the numeric test
+  // of the system's locale (sign, exponent, thousands separators, a leading
+  // currency sign, a negative in brackets) after each `DecimalSeparator` of
+  // the file ("" = the system's) became the system's; otherwise a date in the
+  // locale's short date order or ISO yyyy-mm-dd, with `DateSeparator` ("" =
+  // the system's), stored as its date serial number (days since 30 December
+  // 1899, the time of day as a fraction). Lines end at CR, CRLF or LF; a file
+  // whose first line holds bare line feeds is read through a normalised
+  // temporary copy ("tsx..." in the temporary directory, deleted after a
+  // good read). Replaces the values, or appends them when AppendData.
+  // Errors: 10032 read-only; 10011 when the file cannot be read (missing, a
+  // directory); 10037 / 10038 when the temporary copy cannot be made.
+  void ImportFromFile(const std::string& FilePath, bool AppendData = false, const std::string& DecimalSeparator = "",
+                      const std::string& DateSeparator = "");
+
+  // Writes one value a line, lines ending in CRLF: by default in the list
+  // form ("." as decimal point whatever the locale, up to 15 significant
+  // digits); with SaveFormatted and a format other than ""/"General", the
+  // text of NumberDisplayFormat. Truncates the file, or appends when
+  // AppendData; creates a missing file. An empty series writes nothing and
+  // does not touch the file. IncludeName has no effect (no name line is ever
+  // written by a series; the collection's export writes names). Works on a
+  // read-only series. 10010 when the file cannot be opened or written.
+  void ExportToFile(const std::string& FilePath, bool IncludeName = false, bool SaveFormatted = false,
+                    bool AppendData = false);
+
   // Format string of GetObservationFormatted and of formatted export.
   // Initially "General". Writable also on a read-only series.
   std::string NumberDisplayFormat() const { return number_display_format_; }

@@ -5,8 +5,10 @@
 
 #include <array>
 #include <cerrno>
+#include <charconv>
 #include <cmath>
 #include <string>
+#include <system_error>
 
 #include "tessarix/platform/separators.hpp"
 
@@ -25,7 +27,8 @@ std::string_view Trim(std::string_view s) {
 
 // Removes a leading currency sign; true when one was there.
 bool StripCurrency(std::string_view& s) {
-  static constexpr std::array<std::string_view, 6> kSigns = {"$", "\xE2\x82\xAC", "\xC2\xA3", "\xC2\xA5", "\xE2\x82\xA9", "\xE2\x82\xB9"};
+  static constexpr std::array<std::string_view, 6> kSigns = {"$",        "\xE2\x82\xAC", "\xC2\xA3",
+                                                             "\xC2\xA5", "\xE2\x82\xA9", "\xE2\x82\xB9"};
   for (std::string_view sign : kSigns) {
     if (s.substr(0, sign.size()) == sign) {
       s.remove_prefix(sign.size());
@@ -106,9 +109,17 @@ NumberParse ParseLocaleNumber(std::string_view text, double& value, std::string_
   }
   if (i != s.size()) return NumberParse::NotANumber;
 
+  // from_chars is exact and several times faster than strtod; it reports
+  // both overflow and underflow as out of range, which strtod then tells apart.
+  double v = 0.0;
+  const auto res = std::from_chars(plain.data(), plain.data() + plain.size(), v);
+  if (res.ec == std::errc() && res.ptr == plain.data() + plain.size()) {
+    value = v;
+    return NumberParse::Ok;
+  }
   errno = 0;
   char* end = nullptr;
-  const double v = strtod_l(plain.c_str(), &end, CLocale());
+  v = strtod_l(plain.c_str(), &end, CLocale());
   if (std::isinf(v)) return NumberParse::OutOfRange;
   value = v;
   return NumberParse::Ok;

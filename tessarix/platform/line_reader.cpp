@@ -1,0 +1,126 @@
+#include "tessarix/platform/line_reader.hpp"
+
+#include <sys/stat.h>
+
+#include <cstring>
+#include <memory>
+
+#include "tessarix/platform/fault.hpp"
+
+namespace tessarix::detail {
+
+namespace {
+
+constexpr std::size_t kBufferSize = 1 << 20;
+
+struct FileCloser {
+  void operator()(std::FILE* f) const noexcept { std::fclose(f); }
+};
+using FilePtr = std::unique_ptr<std::FILE, FileCloser>;
+
+// fopen for reading that refuses directories (which Linux opens happily).
+std::FILE* OpenForReading(const std::string& path) {
+  std::FILE* f = std::fopen(path.c_str(), "rb");
+  if (f == nullptr) return nullptr;
+  struct stat st {};
+  if (fstat(fileno(f), &st) != 0 || S_ISDIR(st.st_mode)) {
+    std::fclose(f);
+    return nullptr;
+  }
+  return f;
+}
+
+}  // namespace
+
+bool LineReader::Open(const std::string& path) {
+  Close();
+  file_ = OpenForReading(path);
+  if (file_ == nullptr) return false;
+  buffer_.resize(kBufferSize);
+  pos_ = len_ = 0;
+  at_end_ = false;
+  if (Fill() && len_ >= 3 && std::memcmp(buffer_.data(), "\xEF\xBB\xBF", 3) == 0) pos_ = 3;
+  return true;
+}
+
+void LineReader::Close() noexcept {
+  if (file_ != nullptr) std::fclose(file_);
+  file_ = nullptr;
+}
+
+bool LineReader::Fill() {
+  if (at_end_ || file_ == nullptr) return false;
+  len_ = std::fread(buffer_.data(), 1, buffer_.size(), file_);
+  pos_ = 0;
+  if (len_ == 0) {
+    if (std::ferror(file_)) throw RuntimeFault(std::string("Error reading from file"));
+    at_end_ = true;
+    return false;
+  }
+  return true;
+}
+
+bool LineReader::ReadLine(std::string& line) {
+  line.clear();
+  bool any = false;
+  for (;;) {
+    if (pos_ >= len_ && !Fill()) return any;
+    any = true;
+    const char* start = buffer_.data() + pos_;
+    const std::size_t avail = len_ - pos_;
+    std::size_t n = 0;
+    while (n < avail && start[n] != '\r' && start[n] != '\n') ++n;
+    line.append(start, n);
+    pos_ += n;
+    if (n == avail) continue;
+    const char end = buffer_[pos_++];
+    if (end == '\r') {
+      if (pos_ >= len_) Fill();
+      if (pos_ < len_ && buffer_[pos_] == '\n') ++pos_;
+    }
+    return true;
+  }
+}
+
+bool ProbeBareLineFeeds(const std::string& path) {
+  FilePtr f(OpenForReading(path));
+  if (!f) return false;
+  char chunk[65536];
+  for (;;) {
+    const std::size_t n = std::fread(chunk, 1, sizeof chunk, f.get());
+    if (n == 0) return false;
+    for (std::size_t i = 0; i < n; ++i) {
+      if (chunk[i] == '\r') return false;
+      if (chunk[i] == '\n') return true;
+    }
+  }
+}
+
+bool WriteNormalisedCopy(const std::string& source, const std::string& target) {
+  FilePtr in(OpenForReading(source));
+  if (!in) return false;
+  FilePtr out(std::fopen(target.c_str(), "wb"));
+  if (!out) return false;
+  std::vector<char> chunk(kBufferSize);
+  std::string converted;
+  bool after_cr = false;
+  char last = '\n';
+  for (;;) {
+    const std::size_t n = std::fread(chunk.data(), 1, chunk.size(), in.get());
+    if (n == 0) break;
+    converted.clear();
+    for (std::size_t i = 0; i < n; ++i) {
+      const char c = chunk[i];
+      if (c == '\n' && !after_cr) converted += '\r';
+      converted += c;
+      after_cr = c == '\r';
+    }
+    last = chunk[n - 1];
+    if (std::fwrite(converted.data(), 1, converted.size(), out.get()) != converted.size()) return false;
+  }
+  if (std::ferror(in.get())) return false;
+  if (last != '\n' && last != '\r' && std::fwrite("\r\n", 1, 2, out.get()) != 2) return false;
+  return std::fclose(out.release()) == 0;
+}
+
+}  // namespace tessarix::detail
