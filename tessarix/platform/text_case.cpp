@@ -43,4 +43,17 @@ std::string FoldCase(std::string_view text) {
   return out;
 }
 
+bool EqualIgnoringCase(std::string_view a, std::string_view b) {
+  if (a.size() != b.size()) return false;
+  for (std::size_t i = 0; i < a.size(); ++i) {
+    const auto x = static_cast<unsigned char>(a[i]);
+    const auto y = static_cast<unsigned char>(b[i]);
+    if ((x | y) >= 0x80) return FoldCase(a) == FoldCase(b);
+    const auto lx = (x >= 'A' && x <= 'Z') ? x + 32 : x;
+    const auto ly = (y >= 'A' && y <= 'Z') ? y + 32 : y;
+    if (lx != ly) return false;
+  }
+  return true;
+}
+
 }  // namespace tessarix::detail

@@ -13,4 +13,7 @@ namespace tessarix::detail {
 // as they stand, so the result is never longer or shorter than the input.
 std::string FoldCase(std::string_view text);
 
+// FoldCase(a) == FoldCase(b), without building the two strings for ASCII.
+bool EqualIgnoringCase(std::string_view a, std::string_view b);
+
 }  // namespace tessarix::detail
