@@ -219,7 +219,7 @@ class Writer {
           Placeholder(t);
           break;
         case Tok::Point:
-          if (s_.int_places == 0) Integer(r_.integer, 0, true);
+          if (s_.int_places == 0) Integer(r_.integer, 0, s_.grouping);
           out_ += dec_;
           break;
         case Tok::GroupComma:

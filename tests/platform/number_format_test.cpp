@@ -45,6 +45,7 @@ TEST(NumberFormat, GroupingScalingPercentAndLiterals) {
   EXPECT_EQ(En(5, "0\\ kg"), "5 kg");
   EXPECT_EQ(En(5551234567.0, "(000) 000-0000"), "(555) 123-4567");
   EXPECT_EQ(En(12.5, ".00"), "12.50");
+  EXPECT_EQ(En(1234567.5, ".00"), "1234567.50");
   EXPECT_EQ(FormatNumber(1234567.5, "#,##0.00", ",", "."), "1.234.567,50");
   EXPECT_EQ(FormatNumber(0.5, "0%", ",", "\xC2\xA0"), "50%");
   EXPECT_EQ(FormatNumber(12345, "#,##0", ",", "\xC2\xA0"),
