@@ -19,7 +19,11 @@ void DataAccess::SetName(DataSeries& series, const std::string& name) { series.n
 
 void DataAccess::ReserveObservations(DataSeries& series, std::int32_t count) {
   if (count < 0) SubscriptFault();
-  series.values_.assign(static_cast<std::size_t>(count) + 1, 0.0);
+  // Capacity only: pages are touched when values arrive, so a generous
+  // preallocation costs address space, not memory.
+  std::vector<double> fresh(1, 0.0);
+  fresh.reserve(static_cast<std::size_t>(count) + 1);
+  series.values_.swap(fresh);
 }
 
 void DataAccess::CopyValuesOut(const DataSeries& series, std::vector<double>& values) {
