@@ -173,12 +173,27 @@ std::string RenderFitPlot(const FitPlotData& data) {
   svg.out << "<g class=\"fitted-curve\" clip-path=\"url(#fit-area)\" fill=\"none\" stroke=\""
           << kCurveColour << "\" stroke-width=\"2\">\n";
   for (const auto& run : data.curve) {
-    if (run.size() < 2) continue;
-    svg.out << "<polyline points=\"";
+    // A step from above the panel to below it (or back) is a pole: the
+    // curve is broken there rather than joined by a vertical line.
+    std::vector<std::vector<std::pair<double, double>>> pieces(1);
     for (std::size_t i = 0; i < run.size(); ++i) {
-      svg.out << (i ? " " : "") << Px(mx(run[i].first)) << ',' << Px(my(run[i].second));
+      const double px = mx(run[i].first), py = my(run[i].second);
+      if (!pieces.back().empty()) {
+        const double before = pieces.back().back().second;
+        if ((before < kFitTop && py > kFitBottom) || (before > kFitBottom && py < kFitTop)) {
+          pieces.emplace_back();
+        }
+      }
+      pieces.back().emplace_back(px, py);
     }
-    svg.out << "\"/>\n";
+    for (const auto& piece : pieces) {
+      if (piece.size() < 2) continue;
+      svg.out << "<polyline points=\"";
+      for (std::size_t i = 0; i < piece.size(); ++i) {
+        svg.out << (i ? " " : "") << Px(piece[i].first) << ',' << Px(piece[i].second);
+      }
+      svg.out << "\"/>\n";
+    }
   }
   svg.out << "</g>\n";
   svg.out << "<g class=\"data-points\" clip-path=\"url(#fit-area)\" fill=\"" << kPointColour

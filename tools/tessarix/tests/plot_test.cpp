@@ -112,6 +112,13 @@ TEST(FitPlot, StaysWellFormedWithHostileTextsGapsAndWildValues) {
   EXPECT_EQ(text.find("nan"), std::string::npos);
   EXPECT_EQ(text.find("inf"), std::string::npos);
 
+  // One run through a pole: the jump from below the panel to above it is
+  // broken, not drawn as a vertical line.
+  d.curve = {{{0.0, 1.0}, {4.4, -1e9}, {4.6, 1e9}, {11.0, 2.0}}};
+  const test::XmlSummary pole = ParseXml(RenderFitPlot(d));
+  ASSERT_TRUE(pole.well_formed) << pole.error;
+  EXPECT_EQ(Count(pole.elements, "polyline"), 2u);
+
   // No observations at all still makes a valid, empty plot.
   const test::XmlSummary empty = ParseXml(RenderFitPlot(FitPlotData{}));
   EXPECT_TRUE(empty.well_formed) << empty.error;

@@ -1,0 +1,97 @@
+#include "data_input.hpp"
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+
+#include <tessarix/core/error.hpp>
+#include <tessarix/data/data_series.hpp>
+
+#include "text_format.hpp"
+#include "tool_error.hpp"
+
+namespace tessarix::tool {
+
+namespace {
+
+void CheckReadable(const std::string& path) {
+  std::error_code ec;
+  const auto status = std::filesystem::status(path, ec);
+  if (!std::filesystem::exists(status)) {
+    throw ToolError("cannot open data file '" + CleanText(path) + "': no such file");
+  }
+  if (std::filesystem::is_directory(status)) {
+    throw ToolError("cannot open data file '" + CleanText(path) + "': it is a directory");
+  }
+  std::ifstream probe(path, std::ios::binary);
+  if (!probe) {
+    throw ToolError("cannot open data file '" + CleanText(path) + "': " + std::strerror(errno));
+  }
+}
+
+std::string ColumnList(const DataCollection& data) {
+  std::string names;
+  for (const auto& series : data) {
+    if (!names.empty()) names += ", ";
+    names += CleanText(series->Name());
+  }
+  return names.empty() ? "none" : names;
+}
+
+std::shared_ptr<DataSeries> Column(const LoadedData& loaded, const DataOptions& options,
+                                   const std::string& name, std::int32_t default_position,
+                                   const char* role) {
+  DataCollection& data = *loaded.collection;
+  if (name.empty()) {
+    if (data.Count() < default_position) {
+      throw ToolError("the data file '" + CleanText(options.path) + "' has " +
+                      std::to_string(data.Count()) + " column(s) (" + ColumnList(data) +
+                      "); the " + role + " column is column " + std::to_string(default_position));
+    }
+    return data.Item(default_position);
+  }
+  try {
+    return data.Item(name);
+  } catch (const Error&) {
+    throw ToolError("the data file '" + CleanText(options.path) + "' has no column '" +
+                    CleanText(name) + "' (columns: " + ColumnList(data) + ")");
+  }
+}
+
+}  // namespace
+
+LoadedData LoadData(const DataOptions& options) {
+  CheckReadable(options.path);
+  LoadedData loaded;
+  loaded.collection = std::make_shared<DataCollection>();
+  try {
+    const Variant missing = options.missing.empty() ? Variant() : Variant(options.missing);
+    loaded.collection->ImportNamedSeriesFromFile(options.path, options.delimiter,
+                                                 options.decimal_separator, "", missing);
+  } catch (const Error& e) {
+    throw ToolError("cannot read data file '" + CleanText(options.path) + "': " + e.Description());
+  }
+  if (loaded.collection->Count() == 0) {
+    throw ToolError("the data file '" + CleanText(options.path) +
+                    "' is empty: it needs a header line of column names and rows of numbers");
+  }
+  loaded.x = Column(loaded, options, options.x_column, 1, "X");
+  loaded.y = Column(loaded, options, options.y_column, 2, "Y");
+  if (!options.sd_column.empty()) loaded.sd = Column(loaded, options, options.sd_column, 0, "SD");
+  if (loaded.x == loaded.y || (loaded.sd && (loaded.sd == loaded.x || loaded.sd == loaded.y))) {
+    throw ToolError("the X, Y and SD columns must be different columns");
+  }
+  loaded.rows = loaded.x->NumObservations();
+  if (loaded.rows == 0) {
+    throw ToolError("no row of the data file '" + CleanText(options.path) +
+                    "' holds a number in every column (columns: " + ColumnList(*loaded.collection) +
+                    "); check --delimiter and --decimal");
+  }
+  loaded.x->SetRegressionKey("x");
+  loaded.y->SetRegressionKey("y");
+  if (loaded.sd) loaded.sd->SetRegressionKey("sd");
+  return loaded;
+}
+
+}  // namespace tessarix::tool

@@ -1,0 +1,35 @@
+// Reading the observations of a delimited text file with the library's own
+// import, and choosing the X, Y and standard-deviation columns.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include <tessarix/core/enums.hpp>
+#include <tessarix/data/data_collection.hpp>
+
+namespace tessarix::tool {
+
+struct DataOptions {
+  std::string path;
+  DelimiterTypeEnum delimiter = tsxDelimiterComma;
+  std::string decimal_separator = ".";  // of the numbers in the file
+  std::string missing;                  // a field that marks a missing value ("" for none)
+  std::string x_column;                 // empty: the first column
+  std::string y_column;                 // empty: the second column
+  std::string sd_column;                // empty: unweighted
+};
+
+struct LoadedData {
+  std::shared_ptr<DataCollection> collection;  // every column of the file
+  std::shared_ptr<DataSeries> x, y, sd;        // sd is null when unweighted
+  std::int32_t rows = 0;                       // rows read with a number in every column
+};
+
+// Reads the file and marks the chosen series with the regression keys "x",
+// "y" and "sd", ready for FitCollection. Throws ToolError for a missing or
+// unreadable file, an unknown column and a file without usable rows.
+LoadedData LoadData(const DataOptions& options);
+
+}  // namespace tessarix::tool

@@ -1,0 +1,122 @@
+#include "fit_command.hpp"
+
+#include <algorithm>
+
+#include <tessarix/core/error.hpp>
+#include <tessarix/data/data_collection.hpp>
+#include <tessarix/data/data_series.hpp>
+
+#include "csv_table.hpp"
+#include "report.hpp"
+#include "svg_plot.hpp"
+#include "text_format.hpp"
+#include "tool_error.hpp"
+
+namespace tessarix::tool {
+
+namespace {
+
+// LastSolveError keeps the line end of some messages; a one-line error does not.
+std::string OneLine(std::string text) {
+  while (!text.empty() && (text.back() == '\n' || text.back() == '\r')) text.pop_back();
+  for (char& c : text) {
+    if (c == '\r' || c == '\n') c = ' ';
+  }
+  return text;
+}
+
+FitPlotData PlotData(NonlinearRegression& regression, const std::string& model_label, int points) {
+  FitPlotData plot;
+  const auto tables = regression.ResultTables();
+  const std::int32_t columns = tables->Count();
+  plot.x = tables->Item(1)->ExportToArray();
+  plot.y = tables->Item(2)->ExportToArray();
+  plot.residuals = tables->Item(columns)->ExportToArray();
+  plot.x_label = tables->Item(1)->Name();
+  plot.y_label = tables->Item(2)->Name();
+  plot.title = model_label;
+  plot.subtitle = "R2 = " + SignificantText(regression.R2(), 6) +
+                  ", standard error = " + SignificantText(regression.StandardError(), 6) + ", " +
+                  std::to_string(regression.NumObservations()) + " observations" +
+                  (regression.IsWeighted() ? ", weighted" : "");
+  if (!plot.x.empty()) {
+    const auto [lo, hi] = std::minmax_element(plot.x.begin(), plot.x.end());
+    plot.curve = FittedCurve(regression, *lo, *hi, points);
+  }
+  return plot;
+}
+
+}  // namespace
+
+std::vector<std::vector<std::pair<double, double>>> FittedCurve(NonlinearRegression& regression,
+                                                                double x_low, double x_high,
+                                                                int points) {
+  std::vector<std::vector<std::pair<double, double>>> runs;
+  if (points < 2 || !(x_high > x_low)) return runs;
+  std::vector<double> xs(static_cast<std::size_t>(points));
+  for (int i = 0; i < points; ++i) {
+    xs[static_cast<std::size_t>(i)] =
+        i == points - 1 ? x_high : x_low + (x_high - x_low) * i / (points - 1);
+  }
+  try {
+    const std::vector<double> ys = regression.PredictArray(xs);
+    runs.emplace_back();
+    for (std::size_t i = 0; i < xs.size() && i < ys.size(); ++i) runs.back().emplace_back(xs[i], ys[i]);
+    return runs;
+  } catch (const Error&) {
+    // Some point of the range cannot be evaluated (a pole, a domain limit):
+    // go point by point and leave a gap there.
+  }
+  runs.emplace_back();
+  for (double x : xs) {
+    try {
+      runs.back().emplace_back(x, regression.PredictValue(x));
+    } catch (const Error&) {
+      if (!runs.back().empty()) runs.emplace_back();
+    }
+  }
+  if (runs.back().empty()) runs.pop_back();
+  return runs;
+}
+
+int RunFit(const FitOptions& options, std::ostream& out) {
+  const LoadedData data = LoadData(options.data);
+  NonlinearRegression regression;
+  SetUpModel(regression, options.model);
+  try {
+    regression.FitCollection(*data.collection);
+  } catch (const Error& e) {
+    throw ToolError("the fit could not start: " + OneLine(e.Description()));
+  }
+  // The log tells the story of a failed run too, so it is saved either way.
+  if (!options.log_path.empty()) {
+    try {
+      regression.SaveLog(options.log_path);
+    } catch (const Error& e) {
+      throw ToolError("cannot write the log file '" + CleanText(options.log_path) + "': " +
+                      e.Description());
+    }
+  }
+  if (!regression.IsSolved()) {
+    throw ToolError("the fit failed: " + OneLine(regression.LastSolveError()));
+  }
+  ReportHeading heading;
+  heading.data_path = options.data.path;
+  heading.x_name = data.x->Name();
+  heading.y_name = data.y->Name();
+  heading.sd_name = data.sd ? data.sd->Name() : "";
+  heading.model_label = ModelLabel(regression, options.model);
+  out << FitReport(regression, heading);
+  if (!options.table_path.empty()) {
+    WriteResultTable(options.table_path, *regression.ResultTables());
+    out << "\nTable written to " << CleanText(options.table_path) << '\n';
+  }
+  if (!options.plot_path.empty()) {
+    WriteFitPlot(options.plot_path, PlotData(regression, heading.model_label, options.plot_points));
+    out << (options.table_path.empty() ? "\n" : "") << "Plot written to "
+        << CleanText(options.plot_path) << '\n';
+  }
+  return kExitOk;
+}
+
+}  // namespace tessarix::tool
