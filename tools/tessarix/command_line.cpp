@@ -47,7 +47,8 @@ DelimiterTypeEnum DelimiterOf(const std::string& name) {
 void AddDataOptions(CLI::App& command, DataOptions& data, std::string& delimiter) {
   command.add_option("DATA", data.path,
                      "Delimited text file: a header line of column names, then rows of numbers")
-      ->required();
+      ->required()
+      ->type_name("FILE");
   command.add_option("--delimiter", delimiter, "Field delimiter: comma, tab, space or semicolon")
       ->check(CLI::IsMember({"comma", "tab", "space", "semicolon"}, CLI::ignore_case))
       ->capture_default_str();
@@ -58,11 +59,15 @@ void AddDataOptions(CLI::App& command, DataOptions& data, std::string& delimiter
       })
       ->capture_default_str();
   command.add_option("--missing", data.missing,
-                     "Text that marks a missing value; rows holding it are left out");
-  command.add_option("--x", data.x_column, "Column of the independent variable (default: the first)");
-  command.add_option("--y", data.y_column, "Column of the dependent variable (default: the second)");
+                     "Text that marks a missing value; rows holding it are left out")
+      ->type_name("TEXT");
+  command.add_option("--x", data.x_column, "Column of the independent variable (default: the first)")
+      ->type_name("NAME");
+  command.add_option("--y", data.y_column, "Column of the dependent variable (default: the second)")
+      ->type_name("NAME");
   command.add_option("--sd", data.sd_column,
-                     "Column of standard deviations of Y; the fit is weighted by them");
+                     "Column of standard deviations of Y; the fit is weighted by them")
+      ->type_name("NAME");
 }
 
 void AddSolverOptions(CLI::App& command, std::optional<std::int32_t>& max_iterations,
@@ -116,17 +121,21 @@ int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::os
   model_text->excludes(model_id_option);
   // Each occurrence of a repeatable option takes one value, so that
   // "--fix a data.csv" leaves data.csv to DATA.
-  fit_command->add_option("--estimate", estimates, "Starting value of a parameter, NAME=VALUE (repeatable)")
-      ->allow_extra_args(false);
+  fit_command->add_option("--estimate", estimates, "Starting value of a parameter (repeatable)")
+      ->allow_extra_args(false)
+      ->type_name("NAME=VALUE");
   fit_command->add_option("--fix", fit.model.fixed,
                           "Hold a parameter at its starting value (repeatable)")
-      ->allow_extra_args(false);
+      ->allow_extra_args(false)
+      ->type_name("NAME");
   AddSolverOptions(*fit_command, fit.model.max_iterations, fit.model.tolerance);
-  fit_command->add_option("--log", fit.log_path, "Save the solution log to FILE");
+  fit_command->add_option("--log", fit.log_path, "Save the solution log to FILE")->type_name("FILE");
   fit_command->add_option("--table", fit.table_path,
-                          "Write X, Y, predicted Y and residuals to FILE as CSV");
+                          "Write X, Y, predicted Y and residuals to FILE as CSV")
+      ->type_name("FILE");
   fit_command->add_option("--plot", fit.plot_path,
-                          "Draw data, fitted curve and residuals to FILE as SVG");
+                          "Draw data, fitted curve and residuals to FILE as SVG")
+      ->type_name("FILE");
   fit_command->add_option("--plot-points", fit.plot_points, "Points of the fitted curve in the plot")
       ->check(CLI::Range(2, 100000))
       ->capture_default_str();

@@ -1,5 +1,7 @@
 #include "data_input.hpp"
 
+#include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -14,6 +16,13 @@
 namespace tessarix::tool {
 
 namespace {
+
+bool EqualsIgnoringCase(const std::string& a, const std::string& b) {
+  return a.size() == b.size() &&
+         std::equal(a.begin(), a.end(), b.begin(), [](unsigned char x, unsigned char y) {
+           return std::tolower(x) == std::tolower(y);
+         });
+}
 
 void CheckReadable(const std::string& path) {
   std::error_code ec;
@@ -34,7 +43,7 @@ std::string ColumnList(const DataCollection& data) {
   std::string names;
   for (const auto& series : data) {
     if (!names.empty()) names += ", ";
-    names += CleanText(series->Name());
+    names += Abbreviate(CleanText(series->Name()), 40);
   }
   return names.empty() ? "none" : names;
 }
@@ -54,6 +63,14 @@ std::shared_ptr<DataSeries> Column(const LoadedData& loaded, const DataOptions& 
   try {
     return data.Item(name);
   } catch (const Error&) {
+    // A file saved with a byte-order mark carries it in its first name.
+    if (data.Count() > 0) {
+      const auto first = data.Item(1);
+      const std::string bom = "\xEF\xBB\xBF";
+      if (first->Name().rfind(bom, 0) == 0 && EqualsIgnoringCase(first->Name().substr(bom.size()), name)) {
+        return first;
+      }
+    }
     throw ToolError("the data file '" + CleanText(options.path) + "' has no column '" +
                     CleanText(name) + "' (columns: " + ColumnList(data) + ")");
   }

@@ -62,6 +62,11 @@ TEST(CommandLine, ErrorsGiveTheirMessageAndStatus) {
   const std::string text_column = ScratchPath("text_column.csv");
   WriteFile(text_column, "x,y\n1,one\n2,two\n3,three\n");
   ExpectError({"fit", text_column, "--model", "a*x"}, 1, "holds a number in every column");
+  // A byte-order mark and CRLF line ends do not hide the first column's name.
+  const std::string bom = ScratchPath("bom.csv");
+  WriteFile(bom, "\xEF\xBB\xBFtime,level\r\n1,2\r\n2,4.1\r\n3,5.9\r\n");
+  const auto with_bom = RunTool({"fit", bom, "--x", "TIME", "--y", "level", "--model", "a*x"});
+  EXPECT_EQ(with_bom.status, 0) << with_bom.err;
   const std::string one_column = ScratchPath("one_column.csv");
   WriteFile(one_column, "x\n1\n2\n");
   ExpectError({"fit", one_column, "--model", "a*x"}, 1, "has 1 column(s) (x)");
