@@ -44,6 +44,17 @@ TEST(BesselOrdersZeroAndOne, I0KeepsItsStoredCoefficientAboveThreeAndThreeQuarte
   }
 }
 
+TEST(BesselOrdersZeroAndOne, Y0KeepsItsOwnFactorOfTheLogarithmTerm) {
+  // Below 8 the logarithm term of Y0 is scaled by 0.636619722, not by
+  // 2/pi = 0.6366197724 as in the other branches. The difference, 5e-8 times
+  // J0(x) ln(x), is lost in the seven-digit accuracy for moderate x but grows
+  // without bound as x goes to 0, where it shows against the true Y0.
+  for (const double x : {1e-30, 1e-12, 1e-6}) {
+    const double slip = (0.636619722 - 2.0 / 3.14159265358979323846) * BesselJ0(x) * std::log(x);
+    EXPECT_NEAR(BesselY0(x) - std::cyl_neumann(0.0, x), slip, 0.15 * std::fabs(slip)) << x;
+  }
+}
+
 TEST(BesselOrdersZeroAndOne, DomainAndOverflowFaults) {
   EXPECT_NE(FailureOf([] { (void)BesselY0(0.0); }), "none");
   EXPECT_NE(FailureOf([] { (void)BesselY1(-1.0); }), "none");

@@ -46,6 +46,22 @@ TEST(GaussJordanSolve, InverseAndSolutionsOfAWellConditionedSystem) {
   EXPECT_NEAR(a3(2, 1), -0.2, 1e-15);
 }
 
+TEST(GaussJordanSolve, TheLastOfEqualPivotsWins) {
+  // Both diagonal elements have the largest magnitude, 3. The scan takes the
+  // last one found, a(2, 2), as the first pivot, and on this system that
+  // order gives the solution (-1, -1) exactly; starting from a(1, 1) would
+  // give -0.9999999999999999 and -0.9999999999999998.
+  Matrix1 a = FromRows({{-3, 1}, {-2, 3}});
+  Vector1 b = {0.0, 2.0, -1.0};
+  std::string text;
+  GaussJordanSolve(a, 2, b, text);
+  EXPECT_EQ(b[1], -1.0);
+  EXPECT_EQ(b[2], -1.0);
+  // The inverse is -1/7 * {{3, -1}, {2, -3}}.
+  EXPECT_NEAR(a(1, 1), -3.0 / 7, 1e-16);
+  EXPECT_NEAR(a(2, 2), 3.0 / 7, 1e-16);
+}
+
 TEST(GaussJordanSolve, IllConditionedHilbertMatrix) {
   // The inverse of the 6x6 Hilbert matrix is an integer matrix with known
   // entries; its condition number is about 1.5e7.
