@@ -295,5 +295,80 @@ TEST(SolutionDriver, FitWorseThanTheMeanIsRejected) {
   EXPECT_EQ(reg.LastSolveError(), "Solution rejected based on poor goodness of fit statistics");
 }
 
+TEST(SolutionDriver, StatisticsOfARunEndingAtARejectedStepUseTheLastTrial) {
+  // a*x, but a step past 2.9 lands on a worse curve: from 2.8 every trial
+  // step towards 3 is rejected, and the run stops by the unchanged limit
+  // with the model's values at the last rejected trial.
+  NonlinearRegression reg;
+  test::DefineClosedForm(
+      reg, {"a"}, [](const std::vector<double>& p, double x) { return p[0] <= 2.9 ? p[0] * x : (p[0] + 0.3) * x; },
+      [](const std::vector<double>&, double x, std::vector<double>& d) { d[0] = x; });
+  reg.RegressionParameters()->Item("a")->SetInitialEstimate(2.8);
+  reg.SetMaxUnchangedIterations(1);
+  const std::vector<double> x{1, 2, 3, 4, 5, 6, 7, 8};
+  const std::vector<double> noise{0.05, -0.04, 0.03, -0.05, 0.02, 0.04, -0.03, 0.01};
+  std::vector<double> y;
+  for (std::size_t i = 0; i < x.size(); ++i) y.push_back(3.0 * x[i] + noise[i]);
+  reg.Fit(x, y);
+  ASSERT_TRUE(reg.IsSolved()) << reg.LastSolveError();
+  const Lines lines = LogLines(reg.SolutionLog());
+  EXPECT_EQ(Count(lines, "Merit Function unchanged during last 1 of 3 iterations"), 1u);
+
+  // The published value is the best one, never moved.
+  EXPECT_EQ(reg.RegressionParameters()->Item("a")->Value(), 2.8);
+  double merit = 0.0;
+  for (std::size_t i = 0; i < x.size(); ++i) merit += (y[i] - 2.8 * x[i]) * (y[i] - 2.8 * x[i]);
+  EXPECT_EQ(Count(lines, "Final Merit Function = " + detail::NumberText(merit)), 1u);
+
+  // The predicted values, the residuals and the statistics are those of the
+  // rejected trial on the worse curve.
+  const auto tables = reg.ResultTables();
+  const auto predicted = tables->Item("Predicted Y");
+  const auto residuals = tables->Item("Residuals");
+  double sse = 0.0;
+  for (std::int32_t i = 0; i < predicted->NumObservations(); ++i) {
+    const auto ui = static_cast<std::size_t>(i);
+    EXPECT_GT(predicted->GetObservation(i) / x[ui], 3.2) << i;
+    EXPECT_EQ(residuals->GetObservation(i), y[ui] - predicted->GetObservation(i));
+    sse += residuals->GetObservation(i) * residuals->GetObservation(i);
+  }
+  EXPECT_NEAR(reg.SSE(), sse, 1e-12 * sse);
+  EXPECT_GT(reg.SSE(), 1.5 * merit);  // at the published value it would be the merit
+}
+
+TEST(SolutionDriver, IterationCounterPast32767FailsTheRun) {
+  // The merit falls a little at every other trial step and the steps in
+  // between fail, so neither the tolerance nor the unchanged limit ends the
+  // run: the 16-bit iteration counter overflows, and the run fails through
+  // the handler with the text the last failed pass left.
+  NonlinearRegression reg;
+  int pass = -1;
+  test::DefineClosedForm(
+      reg, {"a"},
+      [&pass](const std::vector<double>& p, double x) {
+        if (x == 1.0) ++pass;
+        if (pass > 0 && pass % 2 == 0) return std::nan("");
+        return x * (1.0 + 1.0 / (1.0 + p[0]));
+      },
+      [](const std::vector<double>&, double x, std::vector<double>& d) { d[0] = -x; });
+  reg.SetMaxIterations(40000);
+  std::int32_t last_iteration = 0;
+  reg.Events.IterationComplete = [&](std::int32_t iteration, double, bool&) { last_iteration = iteration; };
+  reg.Fit(std::vector<double>{1, 2, 3}, std::vector<double>{0, 0, 0});
+  EXPECT_FALSE(reg.IsSolved());
+  EXPECT_EQ(last_iteration, 32767);
+  EXPECT_EQ(reg.LastSolveError(), "Error evaluating the function at X = 1\r\n");
+  const Lines lines = LogLines(reg.SolutionLog());
+  EXPECT_EQ(Count(lines, "Reached iteration limit of 40000"), 0u);
+  ASSERT_GE(lines.size(), 5u);
+  const Lines tail = From(lines, lines.size() - 5);
+  EXPECT_EQ(tail[0], "Error evaluating the function at X = 1");
+  EXPECT_EQ(tail[1], "Last parameter values:");
+  EXPECT_EQ(tail[2].substr(0, 4), "a = ");
+  EXPECT_GT(std::stod(tail[2].substr(4)), 16000.0);  // about 1 per accepted step
+  EXPECT_EQ(tail[3], "Solution failed");
+  EXPECT_EQ(tail[4], "");
+}
+
 }  // namespace
 }  // namespace tessarix
