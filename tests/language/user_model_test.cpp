@@ -123,6 +123,31 @@ TEST(UserModel, FitsOfTextModels) {
   EXPECT_FALSE(bad.IsSolved());
 }
 
+TEST(UserModel, DataWordsAreThoseOfTheFittedData) {
+  // y = 2 (x - xmean) + ymean holds exactly only with the statistics of the
+  // data being fitted; each fit refreshes them, and the queries after it use
+  // those of the last fit.
+  NonlinearRegression reg;
+  reg.DefineUserModel("a*(x-xmean)+ymean");
+  reg.Fit(std::vector<double>{1, 2, 3, 4, 5}, std::vector<double>{3, 5, 7, 9, 11});
+  ASSERT_TRUE(reg.IsSolved()) << reg.LastSolveError();
+  EXPECT_LT(reg.SSE(), 1e-12);
+  EXPECT_NEAR(reg.RegressionParameters()->Item("a")->Value(), 2.0, 1e-7);
+  EXPECT_NEAR(reg.PredictValue(20.0), 2.0 * (20.0 - 3.0) + 7.0, 1e-6);
+
+  reg.Fit(std::vector<double>{15, 14, 13, 12, 11}, std::vector<double>{9, 7, 5, 3, 1});
+  ASSERT_TRUE(reg.IsSolved()) << reg.LastSolveError();
+  EXPECT_LT(reg.SSE(), 1e-12);
+  EXPECT_NEAR(reg.PredictValue(20.0), 2.0 * (20.0 - 13.0) + 5.0, 1e-6);
+
+  // The first observation holding the extreme: x at the smallest y.
+  NonlinearRegression first;
+  first.DefineUserModel("a*x+xatymin");
+  first.Fit(std::vector<double>{1, 2, 3, 4, 5}, std::vector<double>{5, 3, 9, 3, 11});
+  ASSERT_TRUE(first.IsSolved()) << first.LastSolveError();
+  EXPECT_NEAR(first.PredictValue(0.0), 2.0, 1e-9);
+}
+
 TEST(UserModel, RedefinitionInsideASolutionIsLocked) {
   NonlinearRegression reg;
   reg.DefineUserModel("a*x+b");
