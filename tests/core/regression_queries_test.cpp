@@ -138,6 +138,25 @@ TEST(PostFitQueries, RootsOfAQuadratic) {
   EXPECT_EQ(reg.CalculateRoots(0.0, 0.0, 4.0, 3).size(), 2u);
 }
 
+TEST(PostFitQueries, RootScanDefaultsToAHundredIntervals) {
+  // A y never reached: the scan alone, one evaluation per scan point.
+  NonlinearRegression reg;
+  int evaluations = 0;
+  SolveExactly(reg, {1.0, 2.0}, [&evaluations](const std::vector<double>& p, double x) {
+    ++evaluations;
+    return p[0] * x + p[1];
+  });
+  evaluations = 0;
+  EXPECT_TRUE(reg.CalculateRoots(100.0, 0.0, 1.0).empty());
+  EXPECT_EQ(evaluations, 101);
+  evaluations = 0;
+  EXPECT_TRUE(reg.CalculateRootsAlt(100.0, 0.0, 1.0).IsEmpty());
+  EXPECT_EQ(evaluations, 101);
+  evaluations = 0;
+  EXPECT_TRUE(reg.CalculateRoots(100.0, 0.0, 1.0, 3).empty());
+  EXPECT_EQ(evaluations, 4);
+}
+
 TEST(PostFitQueries, DoubleRootsAndPoles) {
   NonlinearRegression square;
   // (x - 2)^2: on a scan point it is found, between scan points it is missed.
