@@ -1,4 +1,7 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
 #include <string>
 #include <vector>
@@ -161,9 +164,49 @@ TEST_F(TextImport, TemporaryCopyFailuresAreReported) {
   EXPECT_TSX_ERROR(s->ImportFromFile(lf), 10037, "Could not obtain temporary file name/path from the system");
   setenv("TMPDIR", ("/" + std::string(600, 'x')).c_str(), 1);
   EXPECT_TSX_CODE(s->ImportFromFile(lf), 10037);
-  // Carriage-return files need no copy.
+  // Carriage-return files need no copy; the probe reads only up to the first
+  // carriage return, so line feeds further on do not ask for one either.
   s->ImportFromFile(Write("crlf.txt", "1\r\n2\r\n"));
   EXPECT_EQ(s->NumObservations(), 2);
+  s->ImportFromFile(Write("mixed.txt", "1\r\n2\n"));
+  EXPECT_EQ(s->GetObservation(0), 1);
+}
+
+TEST_F(TextImport, AnUnwritableTemporaryCopyNamesItsPath) {
+  DataCollection c;
+  auto s = c.AddSeries("s");
+  s->AddObservation(5);
+  const std::string lf = Write("lf.txt", "1\n2\n");
+  // Leave exactly one file descriptor free: the temporary file is still
+  // created (and closed), but the copy cannot open source and target at once.
+  rlimit saved{};
+  ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &saved), 0);
+  rlimit low = saved;
+  if (low.rlim_cur > 256) low.rlim_cur = 256;
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &low), 0);
+  std::vector<int> held;
+  for (int fd; (fd = open("/dev/null", O_RDONLY)) >= 0;) held.push_back(fd);
+  ASSERT_FALSE(held.empty());
+  close(held.back());
+  held.pop_back();
+  std::string description;
+  int help_context = 0;
+  try {
+    s->ImportFromFile(lf);
+  } catch (const Error& e) {
+    description = e.Description();
+    help_context = e.HelpContext();
+  }
+  for (int fd : held) close(fd);
+  setrlimit(RLIMIT_NOFILE, &saved);
+  EXPECT_EQ(help_context, 10038);
+  const std::string prefix = "Could not create temporary file '" + dir_ + "/tsx";
+  EXPECT_EQ(description.substr(0, prefix.size()), prefix);
+  EXPECT_EQ(description.size(), prefix.size() + 7);  // six unique characters and the closing quote
+  EXPECT_EQ(description.back(), '\'');
+  // The failed copy is not left behind, and the series is untouched.
+  EXPECT_EQ(CountTemporaries(), 0);
+  EXPECT_EQ(s->ExportToArray(), (V{5}));
 }
 
 TEST_F(TextImport, HostileBytesNeverBreakTheReader) {
