@@ -65,6 +65,23 @@ TEST(SeriesStatistics, EstimatorsMixPopulationAndSampleForms) {
   EXPECT_EQ(s->Kurtosis(), 0);
 }
 
+TEST(SeriesStatistics, VarianceSubtractsTheRoundOffOfTheDeviations) {
+  // The variance takes away (sum of deviations)^2 / n, the round-off left in
+  // the mean. Three equal values of 0.2 then have a variance of exactly 0, so
+  // skewness and kurtosis are 0 too; the plain sum of squares would leave 1e-33.
+  DataCollection c;
+  auto s = c.AddSeries("s");
+  s->ImportFromArray(std::vector<double>{0.2, 0.2, 0.2});
+  EXPECT_EQ(s->Variance(), 0.0);
+  EXPECT_EQ(s->StandardDeviation(), 0.0);
+  EXPECT_EQ(s->Skewness(), 0.0);
+  EXPECT_EQ(s->Kurtosis(), 0.0);
+  // Large values with small differences: the exact variance of the three
+  // stored doubles, rounded once, where the plain form is off in the 14th digit.
+  s->ImportFromArray(std::vector<double>{1e8 + 0.3, 1e8 + 0.3, 1e8 + 0.1});
+  EXPECT_EQ(s->Variance(), 0.013333333730697635);
+}
+
 TEST(SeriesStatistics, MedianOfOddCountsRoundsHalfToEven) {
   DataCollection c;
   auto s = c.AddSeries("s");
