@@ -172,6 +172,21 @@ TEST(SolutionDriver, AbortEndsSolvedWithTheValuesReached) {
   lines = LogLines(reg.SolutionLog());
   EXPECT_EQ(Count(lines, "Solution process aborted"), 0u);
   EXPECT_EQ(Count(lines, "Solution converged to residual change less than 10000000000%"), 1u);
+
+  // Aborting at the last allowed iteration: the counter stays at the limit,
+  // and the limit, tested before the abort, gives its two lines after the
+  // abort line.
+  reg.SetRegressionTolerance(1e-10);
+  reg.SetMaxIterations(1);
+  reg.Fit(kX, kY);
+  ASSERT_TRUE(reg.IsSolved());
+  EXPECT_EQ(reg.NumIterations(), 1);
+  lines = LogLines(reg.SolutionLog());
+  const auto aborted = std::find(lines.begin(), lines.end(), "Solution process aborted");
+  ASSERT_NE(aborted, lines.end());
+  ASSERT_GE(lines.end() - aborted, 3);
+  EXPECT_EQ(*(aborted + 1), "Reached iteration limit of 1");
+  EXPECT_EQ(*(aborted + 2), "Solution failed to converge to residual change of 1E-10%");
 }
 
 TEST(SolutionDriver, AllParametersFixedEndsByTheUnchangedLimit) {
