@@ -90,6 +90,16 @@ TEST(BesselIntegerOrder, RecurrencesAgainstTheStandardLibrary) {
   EXPECT_EQ(BesselIn(5, 0.0), 0.0);
 }
 
+TEST(BesselIntegerOrder, DownwardRecurrencesRescaleToStayFinite) {
+  // At x = 1e-9 each downward step multiplies by up to 2j/x, some 1e11: the
+  // values are scaled down by 1e-10 whenever they pass 1e10, which keeps
+  // them finite down to the subnormal results.
+  EXPECT_REL_NEAR(BesselJn(30, 1e-9), std::cyl_bessel_j(30.0, 1e-9), 1e-6);
+  EXPECT_REL_NEAR(BesselIn(30, 1e-9), std::cyl_bessel_i(30.0, 1e-9), 1e-6);
+  EXPECT_EQ(FailureOf([] { (void)BesselJn(100, 1e-6); }), "none");
+  EXPECT_EQ(std::fabs(BesselJn(100, 1e-6)), 0.0);  // underflows, as the true value does
+}
+
 TEST(BesselIntegerOrder, MillerStartIsNotForcedEven) {
   // n = 3: m = 3 + Int(sqrt(120)) = 13, odd. The normalising sum then
   // collects J at the odd orders 11, 9, ..., 1 instead of the even ones, so
