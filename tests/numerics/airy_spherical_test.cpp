@@ -76,6 +76,20 @@ TEST(Airy, ThroughBesselFunctionsOnBothSides) {
     EXPECT_NEAR(n.dai, 0.5 * x * (c * y23 + j23), 3e-9 * dscale) << x;
     EXPECT_NEAR(n.dbi, 0.5 * x * (c * j23 - y23), 3e-9 * dscale) << x;
   }
+  // Bi and Bi' take 2c as its own stored value 1.15470054, not twice
+  // 0.57735027 nor 2/sqrt(3); the library's values follow it to full precision.
+  for (const double x : {0.5, 1.0, 2.0}) {
+    const double z = 2.0 / 3.0 * x * std::sqrt(x);
+    const double lib_pi = 3.14159265358979;
+    const AiryResult r = Airy(x);
+    EXPECT_REL_NEAR(
+        r.bi, std::sqrt(x) * (std::cyl_bessel_k(1.0 / 3.0, z) / lib_pi + 1.15470054 * std::cyl_bessel_i(1.0 / 3.0, z)),
+        1e-13)
+        << x;
+    EXPECT_REL_NEAR(
+        r.dbi, x * (std::cyl_bessel_k(2.0 / 3.0, z) / lib_pi + 1.15470054 * std::cyl_bessel_i(2.0 / 3.0, z)), 1e-13)
+        << x;
+  }
   // Far out, K_(1/3)(z) underflows to 0 and the modified Bessel routine
   // fails dividing by it: Ai and Bi are not representable together any more.
   EXPECT_EQ(FailureOf([] { (void)Airy(120.0); }), "Division by zero");
