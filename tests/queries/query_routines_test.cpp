@@ -7,6 +7,7 @@
 #include "tessarix/numerics/adjacent_duplicates.hpp"
 #include "tessarix/numerics/internal_failure.hpp"
 #include "tessarix/queries/find_roots.hpp"
+#include "tessarix/queries/ridder_derivative.hpp"
 #include "tessarix/queries/romberg_integrate.hpp"
 
 namespace tessarix::detail {
@@ -56,6 +57,26 @@ TEST(RombergIntegrate, StopsAtTheToleranceOrAfterTwentyStages) {
     return x < 0.7;
   };
   EXPECT_THROW(RombergIntegrate(fails, 0.0, 1.0), InternalFailure);
+}
+
+TEST(RidderDerivative, ExtrapolatesWithTheSquareOfTheStepRatioAsComputed) {
+  // The x-derivative squares 1.4 in double arithmetic (1.9599999999999997),
+  // where the parameter derivatives use the constant 1.96. At this point the
+  // two give answers a few units of the last place apart.
+  const auto f = [](double t, double& y) {
+    y = std::exp(std::sin(3.0 * t));
+    return true;
+  };
+  double derivative = 0.0;
+  ASSERT_TRUE(RidderDerivative(f, 2.0, derivative));
+  Matrix1 table(10, 10);
+  double computed = 0.0;
+  double constant = 0.0;
+  ASSERT_TRUE(ExtrapolatedDerivative(f, 2.0, 1.4 * 1.4, table, computed));
+  ASSERT_TRUE(ExtrapolatedDerivative(f, 2.0, 1.96, table, constant));
+  EXPECT_EQ(derivative, computed);
+  EXPECT_NE(computed, constant);
+  EXPECT_NEAR(derivative, 3.0 * std::cos(6.0) * std::exp(std::sin(6.0)), 1e-9);
 }
 
 TEST(FindRoots, BracketsAndBisection) {
