@@ -92,11 +92,14 @@ TEST(FindRoots, BracketsAndBisection) {
   BracketRoots(f, 0.5, 0.5 + M_PI, 0.0, 3, left, right);
   ASSERT_EQ(right.size(), 1u);
   EXPECT_EQ(right[0], 0.5 + M_PI);
-  // A product that overflows throws every bracket away.
+  // A product that overflows throws every bracket away, the one already
+  // found between 0 and 0.5 too.
   const auto huge = [](double x, double& y) {
-    y = x < 0.5 ? -1e300 : (x < 1.5 ? 1e300 : -1e300);
+    y = x < 0.5 ? -1.0 : (x < 1.5 ? 1e300 : -1e300);
     return true;
   };
+  BracketRoots(huge, 0.0, 0.5, 0.0, 4, left, right);
+  EXPECT_EQ(left.size(), 1u);
   BracketRoots(huge, 0.0, 2.0, 0.0, 4, left, right);
   EXPECT_TRUE(left.empty());
   // Bisection fails after 100 halvings when the tolerance cannot be met.
