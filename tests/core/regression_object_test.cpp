@@ -216,6 +216,14 @@ TEST(RegressionParameters, CovarianceAndConfidenceOfASolvedFit) {
   // parameters are far from 0.
   EXPECT_LT(a->ProbT(), 1e-6);
   EXPECT_GT(a->ProbT(), 0.0);
+  // With 5 degrees of freedom the two-sided p has a closed form in
+  // theta = arctan(t / sqrt(5)) (loose: it cancels this far in the tail).
+  for (const auto& p : *params) {
+    const double theta = std::atan(std::fabs(p->Value() / p->StandardError()) / std::sqrt(5.0));
+    const double c = std::cos(theta);
+    const double tail = 1.0 - 2.0 / M_PI * (theta + std::sin(theta) * c * (1.0 + 2.0 / 3.0 * c * c));
+    EXPECT_NEAR(p->ProbT(), tail, 1e-3 * tail) << p->Name();
+  }
 }
 
 }  // namespace
