@@ -29,6 +29,11 @@ TEST(SeriesStatistics, SingleValueAndTheMinimumQuirk) {
   EXPECT_TSX_ERROR((void)s->Variance(), 10007, kTooFew);
   EXPECT_TSX_ERROR((void)s->Skewness(), 10007, kTooFew);
   EXPECT_TSX_ERROR((void)s->RootMeanSquare(), 10007, kTooFew);
+  EXPECT_TSX_ERROR((void)s->MeanAbsoluteDeviation(), 10007, kTooFew);
+  EXPECT_TSX_ERROR((void)s->MeanSquareDeviation(), 10007, kTooFew);
+  EXPECT_TSX_ERROR((void)s->StandardDeviation(), 10007, kTooFew);
+  EXPECT_TSX_ERROR((void)s->SumOfSquaredDeviation(), 10007, kTooFew);
+  EXPECT_TSX_ERROR((void)s->Kurtosis(), 10007, kTooFew);
   EXPECT_FALSE(detail::DataAccess::StatisticsValid(*s));
 }
 

@@ -27,6 +27,9 @@ TEST_F(TextExport, SeriesLinesInTheListForm) {
     s->SetNumberDisplayFormat("0.00");
     s->ExportToFile(Path("f.txt"), false, true);
     EXPECT_EQ(Read("f.txt"), "1,00\r\n2,50\r\n0,00\r\n150000000000000000000,00\r\n0,30\r\n");
+    // Without SaveFormatted the format is not used.
+    s->ExportToFile(Path("f.txt"));
+    EXPECT_EQ(Read("f.txt"), "1\r\n2.5\r\n-1E-10\r\n1.5E+20\r\n0.3\r\n");
   }
   s->SetNumberDisplayFormat("general");
   s->ExportToFile(Path("s.txt"), false, true, true);
