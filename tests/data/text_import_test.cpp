@@ -214,6 +214,10 @@ TEST_F(TextImport, HostileBytesNeverBreakTheReader) {
   auto s = c.AddSeries("s");
   s->ImportFromFile(Write("nul.txt", std::string("1\r\n2\0\r\n\xFF\xFE\r\n\xC3(\r\n3", 16)));
   EXPECT_EQ(s->ExportToArray(), (V{1, 3}));
+  // Words of other readers for non-finite values are no numbers here; a value
+  // too large for a Double is none either, one too small is 0.
+  s->ImportFromFile(Write("nonfinite.txt", "nan\r\nNaN\r\ninf\r\n-Infinity\r\n1e999\r\n0x10\r\n1e-400\r\n2\r\n"));
+  EXPECT_EQ(s->ExportToArray(), (V{0, 2}));
   // 50 MB in one line without any line end, then the same as rows.
   std::string big(50u << 20, '7');
   s->ImportFromFile(Write("big1.txt", big));
