@@ -101,7 +101,8 @@ void Quicksort(double* a, C companion, std::int32_t n) {
       stack.resize(static_cast<std::size_t>(c) + 1, 0);
     }
     // The second term is j - 1, not j - l: the choice of the stacked side is
-    // kept exactly as it has always been, since it decides the order of equal keys.
+    // kept exactly as it has always been. It decides only which stretch waits
+    // on the stack (so how deep the stack grows), not the order of the result.
     if (r - i + 1 < j - 1) {
       stack[static_cast<std::size_t>(t) - 1] = l;
       stack[static_cast<std::size_t>(t)] = j - 1;
