@@ -6,6 +6,7 @@
 #include "tessarix/data/data_collection.hpp"
 #include "tessarix/data/internal/data_access.hpp"
 #include "tessarix/data/internal/operation_handler.hpp"
+#include "tessarix/platform/checked.hpp"
 
 namespace tessarix {
 
@@ -24,7 +25,11 @@ void DataCollection::ImportSeriesFromArray(const Matrix& DataArray, std::span<co
     // Column by column: a Name array too short fails after the earlier
     // columns were added, and they stay.
     for (std::int32_t j = 0; j < DataArray.Cols(); ++j) {
-      for (std::int32_t i = 0; i < rows; ++i) scratch[static_cast<std::size_t>(i) + 1] = DataArray(i, j);
+      // As in a series's own import, a non-finite element is refused (10001)
+      // before the column's series is made.
+      for (std::int32_t i = 0; i < rows; ++i) {
+        scratch[static_cast<std::size_t>(i) + 1] = detail::Checked(DataArray(i, j));
+      }
       if (static_cast<std::size_t>(j) >= NameArray.size()) RaiseFault(FaultKind::SubscriptOutOfRange);
       const auto series = DataAccess::ReplaceSeries(*this, NameArray[static_cast<std::size_t>(j)], rows);
       DataAccess::CopyValuesIn(*series, scratch, rows);
@@ -42,7 +47,9 @@ void DataCollection::ImportSeriesFromArrayAlt(const Variant& DataArray, const Va
     for (std::int32_t j = 0; j < cols; ++j) {
       // Elements convert before the series is made: an element that is no
       // number fails the column without replacing a series of that name.
-      for (std::int32_t i = 0; i < rows; ++i) scratch[static_cast<std::size_t>(i) + 1] = DataArray.At(i, j).ToDouble();
+      for (std::int32_t i = 0; i < rows; ++i) {
+        scratch[static_cast<std::size_t>(i) + 1] = detail::Checked(DataArray.At(i, j).ToDouble());
+      }
       const std::string name = NameArray.At(j).ToString();
       const auto series = DataAccess::ReplaceSeries(*this, name, rows);
       DataAccess::CopyValuesIn(*series, scratch, rows);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -112,6 +113,16 @@ TEST(DataCollection, ArrayImportReplacesByNameAndKeepsOrder) {
   EXPECT_EQ(NamesOf(d), (std::vector<std::string>{"p", "q"}));
   EXPECT_TSX_CODE(d.ImportSeriesFromArray(Matrix(3, 0), names), 10004);
   EXPECT_TSX_CODE(d.ImportSeriesFromArray(Matrix(0, 2), names), 10004);
+
+  // A non-finite element is refused as by a series's own import; its
+  // column's series is not made.
+  Matrix bad = TableOf(2, 2, {1, 2, 3, std::numeric_limits<double>::quiet_NaN()});
+  EXPECT_TSX_ERROR(d.ImportSeriesFromArray(bad, names), 10001, "General Error: Invalid procedure call or argument");
+  EXPECT_EQ(NamesOf(d), (std::vector<std::string>{"p", "q", "a"}));
+  Variant infinite = Variant::Array(1, 1);
+  infinite.At(0, 0) = std::numeric_limits<double>::infinity();
+  EXPECT_TSX_CODE(d.ImportSeriesFromArrayAlt(infinite, Variant::Array({Variant("r")})), 10001);
+  EXPECT_EQ(d.Count(), 3);
 
   DataCollection empty;
   EXPECT_TSX_ERROR(empty.ExportSeriesToArray(), 10004, "Subscript out of range");
