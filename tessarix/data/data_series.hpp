@@ -100,8 +100,9 @@ class DataSeries {
   // whose first line holds bare line feeds is read through a normalised
   // temporary copy ("tsx..." in the temporary directory, deleted after a
   // good read). Replaces the values, or appends them when AppendData.
-  // Errors: 10032 read-only; 10011 when the file cannot be read (missing, a
-  // directory); 10037 / 10038 when the temporary copy cannot be made.
+  // Errors: 10032 read-only; 10011 when the file cannot be read (missing, or
+  // no regular file: a directory, a device, a FIFO); 10037 / 10038 when the
+  // temporary copy cannot be made.
   void ImportFromFile(const std::string& FilePath, bool AppendData = false, const std::string& DecimalSeparator = "",
                       const std::string& DateSeparator = "");
 

@@ -1,6 +1,8 @@
 #include "tessarix/platform/line_reader.hpp"
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstring>
 #include <memory>
@@ -18,15 +20,21 @@ struct FileCloser {
 };
 using FilePtr = std::unique_ptr<std::FILE, FileCloser>;
 
-// fopen for reading that refuses directories (which Linux opens happily).
+// Opens a regular file for reading. Anything else is refused: a directory
+// (which Linux opens happily), and a device or FIFO, which may never end
+// (/dev/zero) or block the open itself (a FIFO without a writer; hence the
+// non-blocking open, cleared once the file is known to be regular).
 std::FILE* OpenForReading(const std::string& path) {
-  std::FILE* f = std::fopen(path.c_str(), "rb");
-  if (f == nullptr) return nullptr;
+  const int fd = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  if (fd < 0) return nullptr;
   struct stat st {};
-  if (fstat(fileno(f), &st) != 0 || S_ISDIR(st.st_mode)) {
-    std::fclose(f);
+  const int flags = fcntl(fd, F_GETFL);
+  if (fstat(fd, &st) != 0 || !S_ISREG(st.st_mode) || flags < 0 || fcntl(fd, F_SETFL, flags & ~O_NONBLOCK) != 0) {
+    close(fd);
     return nullptr;
   }
+  std::FILE* f = fdopen(fd, "rb");
+  if (f == nullptr) close(fd);
   return f;
 }
 

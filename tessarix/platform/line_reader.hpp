@@ -19,8 +19,8 @@ class LineReader {
   LineReader& operator=(const LineReader&) = delete;
   ~LineReader() { Close(); }
 
-  // False when `path` cannot be opened for reading (missing, a directory, no
-  // permission).
+  // False when `path` cannot be opened for reading (missing, no permission)
+  // or is no regular file (a directory, a device, a FIFO).
   bool Open(const std::string& path);
   // The next line, without its end; false at the end of the file. A read
   // error is the fault "Error reading from file".

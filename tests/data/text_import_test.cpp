@@ -1,6 +1,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <string>
@@ -135,6 +136,11 @@ TEST_F(TextImport, ErrorsAndTheirOrder) {
   auto s = c.AddSeries("s");
   EXPECT_TSX_ERROR(s->ImportFromFile(Path("missing.txt")), 10011, "Error reading from file");
   EXPECT_TSX_ERROR(s->ImportFromFile(dir_), 10011, "Error reading from file");
+  // No regular file: a device that never ends, a FIFO that nobody writes to.
+  EXPECT_TSX_ERROR(s->ImportFromFile("/dev/zero"), 10011, "Error reading from file");
+  ASSERT_EQ(mkfifo(Path("fifo").c_str(), 0600), 0);
+  EXPECT_TSX_ERROR(s->ImportFromFile(Path("fifo")), 10011, "Error reading from file");
+  EXPECT_TSX_ERROR(c.ImportNamedSeriesFromFile(Path("fifo")), 10011, "Error reading from file");
   EXPECT_TSX_ERROR(c.ImportSeriesFromFile(Path("x"), Names{"a"}, static_cast<DelimiterTypeEnum>(4)), 10028,
                    "Invalid argument");
   EXPECT_TSX_ERROR(c.ImportSeriesFromFile(Path("x"), Names{}), 10004, "Subscript out of range");
