@@ -1,5 +1,8 @@
 #include "tessarix/platform/text_writer.hpp"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include "tessarix/platform/fault.hpp"
 #include "tessarix/platform/number_text.hpp"
 
@@ -18,7 +21,17 @@ TextWriter::~TextWriter() {
 
 bool TextWriter::Open(const std::string& path, bool append) {
   if (path.empty()) return false;
-  file_ = std::fopen(path.c_str(), append ? "ab" : "wb");
+  // Non-blocking open: a FIFO that nobody reads fails here instead of
+  // blocking for ever; the writes themselves block as usual.
+  const int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK | (append ? O_APPEND : O_TRUNC), 0666);
+  if (fd < 0) return false;
+  const int flags = fcntl(fd, F_GETFL);
+  if (flags < 0 || fcntl(fd, F_SETFL, flags & ~O_NONBLOCK) != 0) {
+    close(fd);
+    return false;
+  }
+  file_ = fdopen(fd, append ? "ab" : "wb");
+  if (file_ == nullptr) close(fd);
   return file_ != nullptr;
 }
 

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <string>
 #include <vector>
@@ -92,4 +93,11 @@ TEST_F(TextExport, Errors) {
   EXPECT_TSX_ERROR(c.ExportSeriesToFile(Path("no/such/x.txt")), 10010, "Error writing to file");
   EXPECT_TSX_ERROR(c.Item(1)->ExportToFile(dir_), 10010, "Error writing to file");
   EXPECT_TSX_ERROR(c.Item(1)->ExportToFile(""), 10010, "Error writing to file");
+  // A full device fails the writes; a FIFO that nobody reads fails the open
+  // instead of blocking.
+  EXPECT_TSX_ERROR(c.Item(1)->ExportToFile("/dev/full"), 10010, "Error writing to file");
+  EXPECT_TSX_ERROR(c.ExportSeriesToFile("/dev/full", true), 10010, "Error writing to file");
+  ASSERT_EQ(mkfifo(Path("fifo").c_str(), 0600), 0);
+  EXPECT_TSX_ERROR(c.Item(1)->ExportToFile(Path("fifo")), 10010, "Error writing to file");
+  EXPECT_TSX_ERROR(c.ExportSeriesToFile(Path("fifo")), 10010, "Error writing to file");
 }
