@@ -72,7 +72,10 @@ void DataCollection::Sort(SortTypeEnum SortDirection) {
 
 void DataCollection::Prune(double Value, LogicalTypeEnum LogicalOperator) {
   GuardWritable();
-  if (!detail::IsLogicalOperator(LogicalOperator)) RaiseLibraryError(ErrorId::InvalidArgument);
+  // Each member prunes itself and the first one refuses a bad operator; an
+  // empty collection has nobody to look at it (unlike Sort, which checks the
+  // direction first).
+  if (!members_.empty() && !detail::IsLogicalOperator(LogicalOperator)) RaiseLibraryError(ErrorId::InvalidArgument);
   detail::RunWithSubscriptError(ErrorId::ArgumentExceedsArraySize, [&] {
     for (const auto& s : members_) s->Prune(Value, LogicalOperator);
   });

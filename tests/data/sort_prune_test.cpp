@@ -108,6 +108,11 @@ TEST(SortAndPrune, CollectionErrorsInTheirOrder) {
                    "General Error: Invalid procedure call or argument");
   EXPECT_TSX_ERROR(c.PruneOnSeries("a", 1, static_cast<LogicalTypeEnum>(9)), 10028, "Invalid argument");
   EXPECT_TSX_ERROR(c.Prune(1, static_cast<LogicalTypeEnum>(-1)), 10028, "Invalid argument");
+  // Sort looks at the direction even on an empty collection; Prune leaves the
+  // operator to the members, so an empty collection passes.
+  DataCollection empty;
+  EXPECT_TSX_ERROR(empty.Sort(static_cast<SortTypeEnum>(2)), 10028, "Invalid argument");
+  EXPECT_NO_THROW(empty.Prune(1, static_cast<LogicalTypeEnum>(-1)));
 
   detail::DataAccess::SetReadOnly(c, true);
   const char* ro = "The referenced object is read only";
