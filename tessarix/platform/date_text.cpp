@@ -9,6 +9,7 @@
 #include <mutex>
 
 #include "tessarix/platform/separators.hpp"
+#include "tessarix/platform/text_scan.hpp"
 
 namespace tessarix::detail {
 
@@ -17,15 +18,6 @@ namespace {
 std::mutex g_order_mutex;
 std::atomic<bool> g_order_loaded{false};
 DateOrder g_order = DateOrder::MonthDayYear;
-
-bool IsBlank(char c) { return c == ' ' || c == '\t'; }
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
-
-std::string_view Trim(std::string_view s) {
-  while (!s.empty() && IsBlank(s.front())) s.remove_prefix(1);
-  while (!s.empty() && IsBlank(s.back())) s.remove_suffix(1);
-  return s;
-}
 
 // Reads 1 .. max_digits digits at s[i]; the count read (0 for none).
 int ReadNumber(std::string_view s, std::size_t& i, int max_digits, int& value) {
@@ -64,7 +56,7 @@ bool ParseTime(std::string_view s, std::string_view time_separator, double& frac
   if (i < s.size() && !IsBlank(s[i])) {
     if (!separator() || ReadNumber(s, i, 2, sec) == 0) return false;
   }
-  const std::string_view rest = Trim(s.substr(i));
+  const std::string_view rest = TrimBlanks(s.substr(i));
   if (!rest.empty()) {
     const bool am = EqualsNoCase(rest, "AM");
     if (!am && !EqualsNoCase(rest, "PM")) return false;
@@ -140,7 +132,7 @@ double DateSerial(int year, unsigned month, unsigned day) {
 
 bool ParseLocaleDate(std::string_view text, double& serial, std::string_view date_separator,
                      std::string_view time_separator, DateOrder order) {
-  const std::string_view s = Trim(text);
+  const std::string_view s = TrimBlanks(text);
   std::size_t i = 0;
   std::array<int, 3> field{};
   std::array<int, 3> digits{};

@@ -11,19 +11,11 @@
 #include <system_error>
 
 #include "tessarix/platform/separators.hpp"
+#include "tessarix/platform/text_scan.hpp"
 
 namespace tessarix::detail {
 
 namespace {
-
-bool IsBlank(char c) { return c == ' ' || c == '\t'; }
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
-
-std::string_view Trim(std::string_view s) {
-  while (!s.empty() && IsBlank(s.front())) s.remove_prefix(1);
-  while (!s.empty() && IsBlank(s.back())) s.remove_suffix(1);
-  return s;
-}
 
 // Removes a leading currency sign; true when one was there.
 bool StripCurrency(std::string_view& s) {
@@ -32,7 +24,7 @@ bool StripCurrency(std::string_view& s) {
   for (std::string_view sign : kSigns) {
     if (s.substr(0, sign.size()) == sign) {
       s.remove_prefix(sign.size());
-      s = Trim(s);
+      s = TrimBlanks(s);
       return true;
     }
   }
@@ -52,11 +44,11 @@ locale_t CLocale() {
 
 NumberParse ParseLocaleNumber(std::string_view text, double& value, std::string_view decimal_separator,
                               std::string_view thousand_separator) {
-  std::string_view s = Trim(text);
+  std::string_view s = TrimBlanks(text);
   bool negative = false;
   if (s.size() >= 2 && s.front() == '(' && s.back() == ')') {
     negative = true;
-    s = Trim(s.substr(1, s.size() - 2));
+    s = TrimBlanks(s.substr(1, s.size() - 2));
   }
   const bool had_currency = StripCurrency(s);
   if (!s.empty() && (s.front() == '+' || s.front() == '-')) {
@@ -65,7 +57,7 @@ NumberParse ParseLocaleNumber(std::string_view text, double& value, std::string_
       negative = true;
     }
     s.remove_prefix(1);
-    s = Trim(s);
+    s = TrimBlanks(s);
     if (!had_currency) StripCurrency(s);
   }
 
