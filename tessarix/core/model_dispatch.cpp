@@ -18,23 +18,19 @@
 namespace tessarix::detail {
 
 bool NonlinearRegressionImpl::EvaluateModel(double x_value, double& y) {
-  try {
-    bool ok = false;
-    double value = 0.0;
+  bool ok = false;
+  double value = 0.0;
+  const bool ran = SucceedsWithoutFault([&] {
     switch (model.type) {
       case tsxModelUser: ok = EvaluateUserModel(*this, x_value, value); break;
       case tsxModelInternal: ok = EvaluateInternalModel(*this, x_value, value); break;
       case tsxModelExternal: ok = EvaluateExternalModel(*this, x_value, value); break;
     }
-    // No kind may hand a NaN or an infinity on as a model value.
-    if (!ok || !std::isfinite(value)) return false;
-    y = value;
-    return true;
-  } catch (const RuntimeFault&) {
-    return false;
-  } catch (const InternalFailure&) {
-    return false;
-  }
+  });
+  // No kind may hand a NaN or an infinity on as a model value.
+  if (!ran || !ok || !std::isfinite(value)) return false;
+  y = value;
+  return true;
 }
 
 namespace {

@@ -13,20 +13,6 @@ namespace {
 // The most terms any estimator has: the tenth order polynomial.
 constexpr std::int32_t kMaxEstimateTerms = 11;
 
-// Runs a step of the chain; a fault or an internal failure (the decomposition
-// that does not converge) is a failed estimate, never an error to the caller.
-template <class Step>
-bool RunStep(Step&& step) {
-  try {
-    step();
-    return true;
-  } catch (const RuntimeFault&) {
-    return false;
-  } catch (const InternalFailure&) {
-    return false;
-  }
-}
-
 }  // namespace
 
 bool LinearizeObservations(std::int32_t evaluation_code, std::int32_t term_count, const double* x, const double* y,
@@ -36,7 +22,7 @@ bool LinearizeObservations(std::int32_t evaluation_code, std::int32_t term_count
     return false;
   }
   t = MakeVector1(n);
-  return RunStep([&] {
+  return SucceedsWithoutFault([&] {
     for (std::int32_t i = 1; i <= n; ++i) {
       t[static_cast<std::size_t>(i)] =
           TransformObservation(evaluation_code, Num(Checked(x[i])), Num(Checked(y[i]))).value();
@@ -45,7 +31,7 @@ bool LinearizeObservations(std::int32_t evaluation_code, std::int32_t term_count
 }
 
 bool EstimateBasis(std::int32_t evaluation_code, double x, double* terms) {
-  return RunStep([&] { EstimateBasisTerms(evaluation_code, Num(Checked(x)), terms); });
+  return SucceedsWithoutFault([&] { EstimateBasisTerms(evaluation_code, Num(Checked(x)), terms); });
 }
 
 bool SolveEstimateSystem(std::int32_t evaluation_code, std::int32_t m, const double* x, const Vector1& t,
@@ -61,7 +47,7 @@ bool SolveEstimateSystem(std::int32_t evaluation_code, std::int32_t m, const dou
       return false;
     }
     const auto row = static_cast<std::size_t>(i);
-    const bool ok = RunStep([&] {
+    const bool ok = SucceedsWithoutFault([&] {
       // The weights as they stand: the transform of y is not corrected for.
       const Num s = sqrt(Num(w[i]));
       for (std::int32_t j = 1; j <= m; ++j) {
@@ -76,14 +62,14 @@ bool SolveEstimateSystem(std::int32_t evaluation_code, std::int32_t m, const dou
   Vector1 singular_values = MakeVector1(m);
   Matrix1 v(m, m);
   c = MakeVector1(m);
-  return RunStep([&] {
+  return SucceedsWithoutFault([&] {
     SingularValueDecomposition(a, n, m, singular_values, v);
     SingularValueBackSubstitution(a, singular_values, v, n, m, r, c);
   });
 }
 
 bool RecoverEstimateParameters(std::int32_t evaluation_code, Vector1& c) {
-  return RunStep([&] { RecoverParameters(evaluation_code, c.data()); });
+  return SucceedsWithoutFault([&] { RecoverParameters(evaluation_code, c.data()); });
 }
 
 bool ObtainLeastSquaresEstimates(std::int32_t evaluation_code, std::int32_t term_count, const double* x,

@@ -111,14 +111,7 @@ bool EvaluatePredefined(std::int32_t evaluation_code, const double* a, double x,
   if (formula == nullptr) {
     return false;
   }
-  try {
-    y = formula->value(evaluation_code, a, Num(x)).value();
-    return true;
-  } catch (const RuntimeFault&) {
-    return false;
-  } catch (const InternalFailure&) {
-    return false;
-  }
+  return SucceedsWithoutFault([&] { y = formula->value(evaluation_code, a, Num(x)).value(); });
 }
 
 bool PredefinedDerivatives(std::int32_t evaluation_code, const double* a, double x, double* d) noexcept {
@@ -126,14 +119,7 @@ bool PredefinedDerivatives(std::int32_t evaluation_code, const double* a, double
   if (formula == nullptr) {
     return false;
   }
-  try {
-    formula->derivatives(evaluation_code, a, Num(x), d);
-    return true;
-  } catch (const RuntimeFault&) {
-    return false;
-  } catch (const InternalFailure&) {
-    return false;
-  }
+  return SucceedsWithoutFault([&] { formula->derivatives(evaluation_code, a, Num(x), d); });
 }
 
 }  // namespace tessarix::detail

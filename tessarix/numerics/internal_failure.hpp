@@ -9,6 +9,8 @@
 #include <cstdint>
 #include <exception>
 
+#include "tessarix/platform/fault.hpp"
+
 namespace tessarix::detail {
 
 class InternalFailure : public std::exception {
@@ -23,5 +25,20 @@ class InternalFailure : public std::exception {
 };
 
 [[noreturn]] inline void RaiseInternalFailure(std::int32_t code = 5000) { throw InternalFailure(code); }
+
+// Runs `step`; true when it ends normally, false when a run-time fault or an
+// internal failure ends it. The boundary where a computation that may fail
+// (a model value, its derivatives, an estimate) becomes a success flag.
+template <class Step>
+[[nodiscard]] bool SucceedsWithoutFault(Step&& step) {
+  try {
+    step();
+    return true;
+  } catch (const RuntimeFault&) {
+    return false;
+  } catch (const InternalFailure&) {
+    return false;
+  }
+}
 
 }  // namespace tessarix::detail
