@@ -8,8 +8,7 @@
 #include <vector>
 
 #include "tessarix/core/nonlinear_regression.hpp"
-#include "tessarix/language/internal/evaluator.hpp"
-#include "tessarix/language/internal/user_model.hpp"
+#include "tessarix/language/text_model.hpp"
 #include "tessarix/numerics/bessel_integer.hpp"
 #include "tessarix/numerics/gamma.hpp"
 
@@ -19,8 +18,7 @@ using tessarix::ModelDefinition;
 using tessarix::detail::ModelDefinitionAccess;
 
 struct CompiledText {
-  tessarix::detail::ModelProgram program;
-  tessarix::detail::EvaluationScratch scratch;
+  tessarix::detail::TextModel model;
   tessarix::detail::DataStatistics stats;
   std::vector<double> parameters;
 };
@@ -32,11 +30,9 @@ void Compile(CompiledText& m, const std::string& y, const std::vector<std::strin
   for (std::size_t k = 0; k < subs.size(); ++k) ModelDefinitionAccess::Formula(d, static_cast<int>(k) + 1) = subs[k];
   const tessarix::SystemSeparators english{".", ",", ",", "/", ":"};
   ModelDefinition en, local;
-  tessarix::detail::PrepareDefinition(m.program, d, tessarix::tsxLocaleEnglish, english, en, local);
-  const auto names = tessarix::detail::CompileUserModel(m.program, english);
+  const auto names = m.model.Define(d, tessarix::tsxLocaleEnglish, english, en, local);
   m.parameters.assign(1, 0.0);
   m.parameters.insert(m.parameters.end(), values.begin(), values.end());
-  tessarix::detail::PrepareScratch(m.program, m.scratch);
 }
 
 constexpr int kPoints = 1024;
@@ -50,7 +46,7 @@ void RunText(benchmark::State& state, const std::string& y, const std::vector<st
   for (auto _ : state) {
     for (int i = 0; i < kPoints; ++i) {
       double v = 0.0;
-      if (!tessarix::detail::EvaluateProgram(m.program, m.scratch, m.parameters.data(), XAt(i), m.stats, v)) {
+      if (!m.model.Evaluate(m.parameters.data(), XAt(i), m.stats, v)) {
         state.SkipWithError("evaluation failed");
         return;
       }

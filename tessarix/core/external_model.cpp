@@ -4,13 +4,13 @@
 #include <string>
 #include <vector>
 
-#include "tessarix/core/error_catalogue.hpp"
-#include "tessarix/core/error_handler.hpp"
+#include "tessarix/foundation/error_catalogue.hpp"
+#include "tessarix/foundation/error_handler.hpp"
 #include "tessarix/core/internal/nonlinear_regression_impl.hpp"
 #include "tessarix/core/internal/parameter_access.hpp"
 #include "tessarix/core/nonlinear_regression.hpp"
 #include "tessarix/platform/checked.hpp"
-#include "tessarix/platform/fault.hpp"
+#include "tessarix/foundation/fault.hpp"
 #include "tessarix/platform/rounding.hpp"
 
 namespace tessarix {
@@ -67,7 +67,7 @@ void NonlinearRegression::DefineExternalModel(std::span<const std::string> Param
 
 void NonlinearRegression::DefineExternalModelAlt(const Variant& Parameters, bool ExternalDerivatives) {
   impl_->GuardLocked();
-  if (!Parameters.IsArray()) detail::RaiseLibraryError(detail::ErrorId::ExpectedVariantArray);
+  if (!Parameters.IsArray()) detail::RaiseLibraryError(ErrorCode::ExpectedVariantArray);
   impl_->BeginDefinition();
   detail::RunUnderHandler(
       [&] {

@@ -1,19 +1,4 @@
-// Library constants, available without creating anything.
+// Kept at this path for hosts: the definitions live in the foundation layer.
 #pragma once
 
-#include <cstdint>
-#include <string>
-
-namespace tessarix {
-
-struct GlobalConstants {
-  // The version of this library (major.minor.revision), from the build.
-  static std::int32_t tsxMajorVersion();
-  static std::int32_t tsxMinorVersion();
-  static std::int32_t tsxRevision();
-  static std::string tsxDeveloper();
-  static std::string tsxURL();
-  static std::string tsxCopyright();
-};
-
-}  // namespace tessarix
+#include "tessarix/foundation/global_constants.hpp"

@@ -9,7 +9,7 @@
 #include "tessarix/numerics/internal_failure.hpp"
 #include "tessarix/numerics/linear_algebra.hpp"
 #include "tessarix/platform/checked.hpp"
-#include "tessarix/platform/fault.hpp"
+#include "tessarix/foundation/fault.hpp"
 #include "tessarix/platform/rounding.hpp"
 
 namespace tessarix::detail {

@@ -13,7 +13,7 @@
 #include "tessarix/core/internal/nonlinear_regression_impl.hpp"
 #include "tessarix/numerics/extrapolated_derivative.hpp"
 #include "tessarix/numerics/internal_failure.hpp"
-#include "tessarix/platform/fault.hpp"
+#include "tessarix/foundation/fault.hpp"
 
 namespace tessarix::detail {
 

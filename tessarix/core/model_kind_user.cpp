@@ -3,13 +3,11 @@
 // r.core.data_statistics. Their parameter derivatives are the numerical ones
 // of model_dispatch.cpp, through this same evaluation.
 #include "tessarix/core/internal/nonlinear_regression_impl.hpp"
-#include "tessarix/language/internal/evaluator.hpp"
 
 namespace tessarix::detail {
 
 bool EvaluateUserModel(NonlinearRegressionImpl& r, double x, double& y) {
-  return EvaluateProgram(r.model.program, r.model.scratch, r.core.parameter_values.data(), x, r.core.data_statistics,
-                         y);
+  return r.model.text.Evaluate(r.core.parameter_values.data(), x, r.core.data_statistics, y);
 }
 
 }  // namespace tessarix::detail

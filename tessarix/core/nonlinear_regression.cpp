@@ -4,15 +4,14 @@
 
 #include <cmath>
 
-#include "tessarix/core/error_catalogue.hpp"
+#include "tessarix/foundation/error_catalogue.hpp"
 #include "tessarix/core/internal/nonlinear_regression_impl.hpp"
 #include "tessarix/core/internal/parameter_access.hpp"
-#include "tessarix/platform/fault.hpp"
+#include "tessarix/foundation/fault.hpp"
 #include "tessarix/platform/number_text.hpp"
 
 namespace tessarix {
 
-using detail::ErrorId;
 using detail::RaiseLibraryError;
 
 NonlinearRegression::NonlinearRegression() : impl_(std::make_unique<detail::NonlinearRegressionImpl>(Events)) {}
@@ -23,13 +22,13 @@ NonlinearRegression::~NonlinearRegression() = default;
 
 tessarix::ModelDefinition NonlinearRegression::ModelDefinition() const {
   impl_->GuardDefined();
-  if (impl_->model.type == tsxModelExternal) RaiseLibraryError(ErrorId::NotValidForExternalModels);
+  if (impl_->model.type == tsxModelExternal) RaiseLibraryError(ErrorCode::NotValidForExternalModels);
   return impl_->model.definition_english;
 }
 
 tessarix::ModelDefinition NonlinearRegression::ModelDefinitionLocal() const {
   impl_->GuardDefined();
-  if (impl_->model.type == tsxModelExternal) RaiseLibraryError(ErrorId::NotValidForExternalModels);
+  if (impl_->model.type == tsxModelExternal) RaiseLibraryError(ErrorCode::NotValidForExternalModels);
   return impl_->model.definition_local;
 }
 
@@ -74,7 +73,7 @@ std::shared_ptr<DataCollection> NonlinearRegression::ResultTables() const {
 std::string NonlinearRegression::SolutionLog() const { return impl_->core.solution_log; }
 
 void NonlinearRegression::SaveLog(const std::string& FilePath, bool Append) {
-  if (!detail::WriteLogFile(impl_->core.solution_log, FilePath, Append)) RaiseLibraryError(ErrorId::FileWriteError);
+  if (!detail::WriteLogFile(impl_->core.solution_log, FilePath, Append)) RaiseLibraryError(ErrorCode::FileWriteError);
 }
 
 std::string NonlinearRegression::Tag() const { return impl_->core.tag; }
@@ -86,7 +85,7 @@ std::int32_t NonlinearRegression::MaxIterations() const { return impl_->core.max
 
 void NonlinearRegression::SetMaxIterations(std::int32_t value) {
   impl_->GuardLocked();
-  if (value < 1) RaiseLibraryError(ErrorId::InvalidPropertyValue);
+  if (value < 1) RaiseLibraryError(ErrorCode::InvalidPropertyValue);
   impl_->core.max_iterations = value;
 }
 
@@ -94,7 +93,7 @@ std::int32_t NonlinearRegression::MaxUnchangedIterations() const { return impl_-
 
 void NonlinearRegression::SetMaxUnchangedIterations(std::int32_t value) {
   impl_->GuardLocked();
-  if (value < 1) RaiseLibraryError(ErrorId::InvalidPropertyValue);
+  if (value < 1) RaiseLibraryError(ErrorCode::InvalidPropertyValue);
   impl_->core.max_unchanged_iterations = value;
 }
 
@@ -103,7 +102,7 @@ double NonlinearRegression::RegressionTolerance() const { return impl_->core.reg
 void NonlinearRegression::SetRegressionTolerance(double value) {
   impl_->GuardLocked();
   // A NaN or an infinity is no tolerance either.
-  if (!(value > 0.0) || !std::isfinite(value)) RaiseLibraryError(ErrorId::InvalidPropertyValue);
+  if (!(value > 0.0) || !std::isfinite(value)) RaiseLibraryError(ErrorCode::InvalidPropertyValue);
   impl_->core.regression_tolerance = value;
 }
 
@@ -144,15 +143,15 @@ TSX_SOLVED_GETTER(std::int32_t, DOFTotal, impl_->core.statistics.dof_total)
 namespace tessarix::detail {
 
 void NonlinearRegressionImpl::GuardDefined() const {
-  if (!core.valid) RaiseLibraryError(ErrorId::ModelNotDefined);
+  if (!core.valid) RaiseLibraryError(ErrorCode::ModelNotDefined);
 }
 
 void NonlinearRegressionImpl::GuardSolved() const {
-  if (!core.solved) RaiseLibraryError(ErrorId::ModelNotSolved);
+  if (!core.solved) RaiseLibraryError(ErrorCode::ModelNotSolved);
 }
 
 void NonlinearRegressionImpl::GuardLocked() const {
-  if (core.locked) RaiseLibraryError(ErrorId::LockedDuringSolution);
+  if (core.locked) RaiseLibraryError(ErrorCode::LockedDuringSolution);
 }
 
 void NonlinearRegressionImpl::BeginDefinition() {

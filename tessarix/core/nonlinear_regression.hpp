@@ -16,14 +16,16 @@
 //   10034 the member is not valid for an external model.
 #pragma once
 
+#include "tessarix/foundation/export.hpp"
+
 #include <cstdint>
 #include <memory>
 #include <span>
 #include <string>
 #include <vector>
 
-#include "tessarix/core/enums.hpp"
-#include "tessarix/core/error.hpp"
+#include "tessarix/foundation/enums.hpp"
+#include "tessarix/foundation/error.hpp"
 #include "tessarix/core/events.hpp"
 #include "tessarix/core/regression_parameters.hpp"
 #include "tessarix/data/data_collection.hpp"
@@ -36,7 +38,7 @@ namespace detail {
 struct NonlinearRegressionImpl;
 }
 
-class NonlinearRegression {
+class TESSARIX_API NonlinearRegression {
  public:
   // A new object: no model, MaxIterations 250, MaxUnchangedIterations 10,
   // RegressionTolerance 1E-10, empty log, LastSolveError "No errors".

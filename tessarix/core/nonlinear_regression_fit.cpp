@@ -4,24 +4,23 @@
 #include <string>
 #include <vector>
 
-#include "tessarix/core/error_catalogue.hpp"
-#include "tessarix/core/error_handler.hpp"
+#include "tessarix/foundation/error_catalogue.hpp"
+#include "tessarix/foundation/error_handler.hpp"
 #include "tessarix/core/internal/nonlinear_regression_impl.hpp"
 #include "tessarix/core/nonlinear_regression.hpp"
-#include "tessarix/data/internal/data_access.hpp"
+#include "tessarix/data/data_access.hpp"
 #include "tessarix/numerics/weights.hpp"
-#include "tessarix/platform/fault.hpp"
+#include "tessarix/foundation/fault.hpp"
 
 namespace tessarix {
 
-using detail::ErrorId;
 
 namespace {
 
 using Impl = detail::NonlinearRegressionImpl;
 
 // Stores the catalogue message as the last error text, then raises it.
-[[noreturn]] void StoreAndRaise(Impl& r, ErrorId id) {
+[[noreturn]] void StoreAndRaise(Impl& r, ErrorCode id) {
   r.core.last_error = detail::ErrorMessage(id);
   detail::RaiseLibraryError(id);
 }
@@ -29,8 +28,8 @@ using Impl = detail::NonlinearRegressionImpl;
 // Steps shared by every form before the data are read.
 void BeginFit(Impl& r) {
   r.core.last_error.clear();
-  if (!r.core.valid) StoreAndRaise(r, ErrorId::ModelNotDefined);
-  if (r.core.locked) StoreAndRaise(r, ErrorId::LockedDuringSolution);
+  if (!r.core.valid) StoreAndRaise(r, ErrorCode::ModelNotDefined);
+  if (r.core.locked) StoreAndRaise(r, ErrorCode::LockedDuringSolution);
   detail::ClearCoreFit(r.core);
 }
 
@@ -99,13 +98,13 @@ void RunFit(Impl& r, Body&& body) {
 // The count of an array: its upper bound + 1; one without elements has no
 // upper bound, which is 10006.
 std::int32_t CountOf(Impl& r, std::size_t size) {
-  if (size == 0) StoreAndRaise(r, ErrorId::NoObservationsInArray);
-  if (size > static_cast<std::size_t>(INT32_MAX) - 1) StoreAndRaise(r, ErrorId::NoObservationsInArray);
+  if (size == 0) StoreAndRaise(r, ErrorCode::NoObservationsInArray);
+  if (size > static_cast<std::size_t>(INT32_MAX) - 1) StoreAndRaise(r, ErrorCode::NoObservationsInArray);
   return static_cast<std::int32_t>(size);
 }
 
 std::int32_t CountOf(Impl& r, const Variant& array) {
-  if (array.Dimensions() == 0) StoreAndRaise(r, ErrorId::NoObservationsInArray);
+  if (array.Dimensions() == 0) StoreAndRaise(r, ErrorCode::NoObservationsInArray);
   return array.UpperBound() + 1;
 }
 
@@ -114,7 +113,7 @@ void RequireArray(Impl& r, const Variant& v) {
     // The last error text is the error's constant in decimal, not its
     // message: kept as the callers of the library have always seen it.
     r.core.last_error = "42";
-    detail::RaiseLibraryError(ErrorId::ExpectedVariantArray);
+    detail::RaiseLibraryError(ErrorCode::ExpectedVariantArray);
   }
 }
 
@@ -157,7 +156,7 @@ void NonlinearRegression::Fit(std::span<const double> XObservations, std::span<c
   BeginFit(r);
   const std::int32_t nx = CountOf(r, XObservations.size());
   const std::int32_t ny = CountOf(r, YObservations.size());
-  if (nx != ny) StoreAndRaise(r, ErrorId::UnequalArrayDimensions);
+  if (nx != ny) StoreAndRaise(r, ErrorCode::UnequalArrayDimensions);
   RunFit(r, [&] {
     AllocateWorkArrays(r, nx, false);
     CopyIn(XObservations, r.x, nx);
@@ -173,7 +172,7 @@ void NonlinearRegression::FitWeighted(std::span<const double> XObservations, std
   const std::int32_t nx = CountOf(r, XObservations.size());
   const std::int32_t ny = CountOf(r, YObservations.size());
   const std::int32_t nsd = CountOf(r, StandardDeviations.size());
-  if (nx != ny || nx != nsd) StoreAndRaise(r, ErrorId::UnequalArrayDimensions);
+  if (nx != ny || nx != nsd) StoreAndRaise(r, ErrorCode::UnequalArrayDimensions);
   RunFit(r, [&] {
     AllocateWorkArrays(r, nx, true);
     CopyIn(XObservations, r.x, nx);
@@ -190,7 +189,7 @@ void NonlinearRegression::FitAlt(const Variant& XObservations, const Variant& YO
   RequireArray(r, YObservations);
   const std::int32_t nx = CountOf(r, XObservations);
   const std::int32_t ny = CountOf(r, YObservations);
-  if (nx != ny) StoreAndRaise(r, ErrorId::UnequalArrayDimensions);
+  if (nx != ny) StoreAndRaise(r, ErrorCode::UnequalArrayDimensions);
   RunFit(r, [&] {
     AllocateWorkArrays(r, nx, false);
     CopyIn(XObservations, r.x, nx);
@@ -209,7 +208,7 @@ void NonlinearRegression::FitWeightedAlt(const Variant& XObservations, const Var
   const std::int32_t nx = CountOf(r, XObservations);
   const std::int32_t ny = CountOf(r, YObservations);
   const std::int32_t nsd = CountOf(r, StandardDeviations);
-  if (nx != ny || nx != nsd) StoreAndRaise(r, ErrorId::UnequalArrayDimensions);
+  if (nx != ny || nx != nsd) StoreAndRaise(r, ErrorCode::UnequalArrayDimensions);
   RunFit(r, [&] {
     AllocateWorkArrays(r, nx, true);
     CopyIn(XObservations, r.x, nx);
@@ -225,14 +224,14 @@ void NonlinearRegression::FitCollection(const DataCollection& ObservedData) {
   // The series are found by their regression keys; these errors reach the
   // caller as they are.
   const std::shared_ptr<DataSeries> xs = detail::DataAccess::FindSeriesByKey(ObservedData, "x");
-  if (!xs) StoreAndRaise(r, ErrorId::MissingSeriesX);
+  if (!xs) StoreAndRaise(r, ErrorCode::MissingSeriesX);
   const std::shared_ptr<DataSeries> ys = detail::DataAccess::FindSeriesByKey(ObservedData, "y");
-  if (!ys) StoreAndRaise(r, ErrorId::MissingSeriesY);
+  if (!ys) StoreAndRaise(r, ErrorCode::MissingSeriesY);
   const std::int32_t n = xs->NumObservations();
-  if (ys->NumObservations() != n) StoreAndRaise(r, ErrorId::UnequalSeriesLengths);
+  if (ys->NumObservations() != n) StoreAndRaise(r, ErrorCode::UnequalSeriesLengths);
   const std::shared_ptr<DataSeries> sds = detail::DataAccess::FindSeriesByKey(ObservedData, "sd");
   r.core.is_weighted = sds != nullptr;
-  if (sds && sds->NumObservations() != n) StoreAndRaise(r, ErrorId::UnequalSeriesLengths);
+  if (sds && sds->NumObservations() != n) StoreAndRaise(r, ErrorCode::UnequalSeriesLengths);
 
   RunFit(r, [&] {
     AllocateWorkArrays(r, n, sds != nullptr);

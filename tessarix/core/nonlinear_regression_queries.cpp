@@ -4,8 +4,8 @@
 #include <cmath>
 #include <vector>
 
-#include "tessarix/core/error_catalogue.hpp"
-#include "tessarix/core/error_handler.hpp"
+#include "tessarix/foundation/error_catalogue.hpp"
+#include "tessarix/foundation/error_handler.hpp"
 #include "tessarix/core/internal/nonlinear_regression_impl.hpp"
 #include "tessarix/core/nonlinear_regression.hpp"
 #include "tessarix/queries/find_roots.hpp"
@@ -14,7 +14,6 @@
 
 namespace tessarix {
 
-using detail::ErrorId;
 using detail::RaiseLibraryError;
 
 namespace {
@@ -33,13 +32,13 @@ auto Curve(Impl& r) {
 
 double ValueAt(Impl& r, double x) {
   double y = 0.0;
-  if (!r.EvaluateModel(x, y)) RaiseLibraryError(ErrorId::ModelEvaluationError);
+  if (!r.EvaluateModel(x, y)) RaiseLibraryError(ErrorCode::ModelEvaluationError);
   return y;
 }
 
 std::vector<double> Roots(Impl& r, double y, double lower, double upper, std::int32_t intervals) {
   GuardQuery(r);
-  if (intervals < 3) RaiseLibraryError(ErrorId::InvalidArgument);
+  if (intervals < 3) RaiseLibraryError(ErrorCode::InvalidArgument);
   return detail::RunUnderHandler(
       [&] { return detail::FindRoots(Curve(r), lower, upper, y, intervals); }, [](const std::string&) {});
 }
@@ -64,7 +63,7 @@ std::vector<double> NonlinearRegression::PredictArray(std::span<const double> XV
 
 Variant NonlinearRegression::PredictArrayAlt(const Variant& XValues) {
   GuardQuery(*impl_);
-  if (!XValues.IsArray()) RaiseLibraryError(ErrorId::ExpectedVariantArray);
+  if (!XValues.IsArray()) RaiseLibraryError(ErrorCode::ExpectedVariantArray);
   return detail::RunUnderHandler(
       [&] {
         const std::int32_t count = XValues.Dimensions() == 0 ? 0 : XValues.UpperBound() + 1;
@@ -80,7 +79,7 @@ Variant NonlinearRegression::PredictArrayAlt(const Variant& XValues) {
 double NonlinearRegression::CalculateDerivative(double XValue) {
   GuardQuery(*impl_);
   double derivative = 0.0;
-  if (!detail::RidderDerivative(Curve(*impl_), XValue, derivative)) RaiseLibraryError(ErrorId::DerivativeError);
+  if (!detail::RidderDerivative(Curve(*impl_), XValue, derivative)) RaiseLibraryError(ErrorCode::DerivativeError);
   return derivative;
 }
 
@@ -106,7 +105,7 @@ double NonlinearRegression::CalculateIntegral(double XLowerBound, double XUpperB
   } catch (...) {
     // Whatever its origin: a point where the model fails, a fault of the
     // arithmetic, an exception of a host's handler.
-    RaiseLibraryError(ErrorId::IntegralError);
+    RaiseLibraryError(ErrorCode::IntegralError);
   }
 }
 

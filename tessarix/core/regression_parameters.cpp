@@ -2,55 +2,54 @@
 
 #include <cmath>
 
-#include "tessarix/core/error_catalogue.hpp"
-#include "tessarix/core/error_handler.hpp"
+#include "tessarix/foundation/error_catalogue.hpp"
+#include "tessarix/foundation/error_handler.hpp"
 #include "tessarix/core/internal/parameter_access.hpp"
 #include "tessarix/numerics/distributions.hpp"
 #include "tessarix/platform/checked.hpp"
-#include "tessarix/platform/fault.hpp"
+#include "tessarix/foundation/fault.hpp"
 #include "tessarix/platform/rounding.hpp"
 #include "tessarix/platform/text_case.hpp"
 
 namespace tessarix {
 
-using detail::ErrorId;
 using detail::RaiseLibraryError;
 
 // ---- RegressionParameter ----------------------------------------------------
 
 double RegressionParameter::Value() const {
-  if (!solved_) RaiseLibraryError(ErrorId::ModelNotSolved);
+  if (!solved_) RaiseLibraryError(ErrorCode::ModelNotSolved);
   return value_;
 }
 
 double RegressionParameter::StandardError() const {
-  if (!solved_) RaiseLibraryError(ErrorId::ModelNotSolved);
+  if (!solved_) RaiseLibraryError(ErrorCode::ModelNotSolved);
   return standard_error_;
 }
 
 double RegressionParameter::ProbT() const {
-  if (!solved_) RaiseLibraryError(ErrorId::ModelNotSolved);
+  if (!solved_) RaiseLibraryError(ErrorCode::ModelNotSolved);
   return prob_t_;
 }
 
 void RegressionParameter::SetInitialEstimate(double value) {
   // A NaN or an infinity would travel into the fit and out as a value.
-  if (!std::isfinite(value)) RaiseLibraryError(ErrorId::InvalidPropertyValue);
+  if (!std::isfinite(value)) RaiseLibraryError(ErrorCode::InvalidPropertyValue);
   initial_estimate_ = value;
   set_by_caller_ = true;
 }
 
 void RegressionParameter::SetInitialEstimateType(EstimateTypeEnum value) {
   if (value != tsxEstimateConstant && value != tsxEstimateAdjust) {
-    RaiseLibraryError(ErrorId::InvalidPropertyValue);
+    RaiseLibraryError(ErrorCode::InvalidPropertyValue);
   }
   initial_estimate_type_ = value;
   set_by_caller_ = true;
 }
 
 double RegressionParameter::CalculateCIDelta(double Percent) const {
-  if (!solved_) RaiseLibraryError(ErrorId::ModelNotSolved);
-  if (!(Percent > 0.0 && Percent < 100.0)) RaiseLibraryError(ErrorId::InvalidArgument);
+  if (!solved_) RaiseLibraryError(ErrorCode::ModelNotSolved);
+  if (!(Percent > 0.0 && Percent < 100.0)) RaiseLibraryError(ErrorCode::InvalidArgument);
   return detail::RunUnderHandler([&] {
     using detail::Num;
     const Num p = Num(Percent) / 100.0 * 0.5 + 0.5;
@@ -88,7 +87,7 @@ std::int32_t RegressionParameters::PositionOf(const Variant& index) const {
 
 std::shared_ptr<RegressionParameter> RegressionParameters::Item(const Variant& ParameterIndex) const {
   const std::int32_t position = PositionOf(ParameterIndex);
-  if (position < 1) RaiseLibraryError(ErrorId::InvalidKeyOrIndex);
+  if (position < 1) RaiseLibraryError(ErrorCode::InvalidKeyOrIndex);
   return items_[static_cast<std::size_t>(position) - 1];
 }
 
@@ -100,7 +99,7 @@ void RegressionParameters::SetDefaultEstimates() {
 
 double RegressionParameters::CalculateCovariance(const Variant& ParameterIndex1,
                                                  const Variant& ParameterIndex2) const {
-  if (!solved_) RaiseLibraryError(ErrorId::ModelNotSolved);
+  if (!solved_) RaiseLibraryError(ErrorCode::ModelNotSolved);
   return detail::RunUnderHandler([&] {
     // Each argument is looked up, and then its position found again by its
     // name, compared exactly; two parameters can never share a name.

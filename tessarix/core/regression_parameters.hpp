@@ -3,12 +3,14 @@
 // collection that the regression object owns.
 #pragma once
 
+#include "tessarix/foundation/export.hpp"
+
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
 
-#include "tessarix/core/enums.hpp"
+#include "tessarix/foundation/enums.hpp"
 #include "tessarix/platform/variant.hpp"
 
 namespace tessarix {
@@ -19,7 +21,7 @@ struct ParameterAccess;
 
 // One parameter of a model. Made only by the library; a host reads its
 // solution and sets its starting value and whether it is fitted.
-class RegressionParameter {
+class TESSARIX_API RegressionParameter {
  public:
   RegressionParameter(const RegressionParameter&) = delete;
   RegressionParameter& operator=(const RegressionParameter&) = delete;
@@ -75,7 +77,7 @@ class RegressionParameter {
 
 // The ordered collection of the parameters of a model, keyed by name (letter
 // case ignored). Made only by the library; refilled by every model definition.
-class RegressionParameters {
+class TESSARIX_API RegressionParameters {
  public:
   using const_iterator = std::vector<std::shared_ptr<RegressionParameter>>::const_iterator;
 

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <vector>
 
-#include "tessarix/core/global_constants.hpp"
+#include "tessarix/foundation/global_constants.hpp"
 #include "tessarix/core/internal/marquardt.hpp"
 #include "tessarix/core/internal/parameter_access.hpp"
 #include "tessarix/core/regression_parameters.hpp"

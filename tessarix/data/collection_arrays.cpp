@@ -2,22 +2,21 @@
 // row per observation.
 #include <vector>
 
-#include "tessarix/core/error_catalogue.hpp"
+#include "tessarix/foundation/error_catalogue.hpp"
 #include "tessarix/data/data_collection.hpp"
-#include "tessarix/data/internal/data_access.hpp"
+#include "tessarix/data/data_access.hpp"
 #include "tessarix/data/internal/operation_handler.hpp"
 #include "tessarix/platform/checked.hpp"
 
 namespace tessarix {
 
 using detail::DataAccess;
-using detail::ErrorId;
 using detail::FaultKind;
 using detail::RaiseFault;
 
 void DataCollection::ImportSeriesFromArray(const Matrix& DataArray, std::span<const std::string> NameArray) {
   GuardWritable();
-  detail::RunWithSubscriptError(ErrorId::SubscriptOutOfRange, [&] {
+  detail::RunWithSubscriptError(ErrorCode::SubscriptOutOfRange, [&] {
     // A Matrix without a second dimension, or without rows, has no bounds to read.
     if (DataArray.Cols() == 0 || DataArray.Rows() == 0) RaiseFault(FaultKind::SubscriptOutOfRange);
     const std::int32_t rows = DataArray.Rows();
@@ -39,8 +38,8 @@ void DataCollection::ImportSeriesFromArray(const Matrix& DataArray, std::span<co
 
 void DataCollection::ImportSeriesFromArrayAlt(const Variant& DataArray, const Variant& NameArray) {
   GuardWritable();
-  if (!DataArray.IsArray() || !NameArray.IsArray()) detail::RaiseLibraryError(ErrorId::ExpectedVariantArray);
-  detail::RunWithSubscriptError(ErrorId::SubscriptOutOfRange, [&] {
+  if (!DataArray.IsArray() || !NameArray.IsArray()) detail::RaiseLibraryError(ErrorCode::ExpectedVariantArray);
+  detail::RunWithSubscriptError(ErrorCode::SubscriptOutOfRange, [&] {
     const std::int32_t rows = DataArray.UpperBound(1) + 1;
     const std::int32_t cols = DataArray.UpperBound(2) + 1;
     std::vector<double> scratch(static_cast<std::size_t>(rows) + 1);  // one-based
@@ -58,8 +57,8 @@ void DataCollection::ImportSeriesFromArrayAlt(const Variant& DataArray, const Va
 }
 
 Matrix DataCollection::ExportSeriesToArray() {
-  if (NumObservationsMax() != NumObservationsMin()) detail::RaiseLibraryError(ErrorId::UnequalSeriesLengths);
-  return detail::RunWithSubscriptError(ErrorId::SubscriptOutOfRange, [&] {
+  if (NumObservationsMax() != NumObservationsMin()) detail::RaiseLibraryError(ErrorCode::UnequalSeriesLengths);
+  return detail::RunWithSubscriptError(ErrorCode::SubscriptOutOfRange, [&] {
     const std::int32_t rows = NumObservationsMax();
     if (rows == 0 || members_.empty()) RaiseFault(FaultKind::SubscriptOutOfRange);
     Matrix result(rows, Count());
@@ -71,10 +70,10 @@ Matrix DataCollection::ExportSeriesToArray() {
 }
 
 Variant DataCollection::ExportSeriesToArrayAlt() {
-  if (NumObservationsMax() != NumObservationsMin()) detail::RaiseLibraryError(ErrorId::UnequalSeriesLengths);
+  if (NumObservationsMax() != NumObservationsMin()) detail::RaiseLibraryError(ErrorCode::UnequalSeriesLengths);
   const std::int32_t rows = NumObservationsMax();
   if (rows == 0 || members_.empty()) return Variant();
-  return detail::RunWithSubscriptError(ErrorId::SubscriptOutOfRange, [&] {
+  return detail::RunWithSubscriptError(ErrorCode::SubscriptOutOfRange, [&] {
     Variant result = Variant::Array(rows, Count());
     for (std::int32_t j = 0; j < Count(); ++j) {
       DataAccess::CopyColumnOutVariant(*members_[static_cast<std::size_t>(j)], result, j);

@@ -2,10 +2,10 @@
 #include <numeric>
 #include <vector>
 
-#include "tessarix/core/error_catalogue.hpp"
-#include "tessarix/core/error_handler.hpp"
+#include "tessarix/foundation/error_catalogue.hpp"
+#include "tessarix/foundation/error_handler.hpp"
 #include "tessarix/data/data_collection.hpp"
-#include "tessarix/data/internal/data_access.hpp"
+#include "tessarix/data/data_access.hpp"
 #include "tessarix/data/internal/logical_test.hpp"
 #include "tessarix/data/internal/operation_handler.hpp"
 #include "tessarix/numerics/sort_values.hpp"
@@ -16,7 +16,6 @@ namespace tessarix {
 using detail::Checked;
 using detail::CheckedDiv;
 using detail::DataAccess;
-using detail::ErrorId;
 using detail::RaiseLibraryError;
 
 namespace {
@@ -64,7 +63,7 @@ double SampleCovariance(const std::vector<double>& x, const std::vector<double>&
 
 void DataCollection::Sort(SortTypeEnum SortDirection) {
   GuardWritable();
-  if (!IsSortDirection(SortDirection)) RaiseLibraryError(ErrorId::InvalidArgument);
+  if (!IsSortDirection(SortDirection)) RaiseLibraryError(ErrorCode::InvalidArgument);
   detail::RunUnderHandler([&] {
     for (const auto& s : members_) s->Sort(SortDirection);
   });
@@ -75,16 +74,16 @@ void DataCollection::Prune(double Value, LogicalTypeEnum LogicalOperator) {
   // Each member prunes itself and the first one refuses a bad operator; an
   // empty collection has nobody to look at it (unlike Sort, which checks the
   // direction first).
-  if (!members_.empty() && !detail::IsLogicalOperator(LogicalOperator)) RaiseLibraryError(ErrorId::InvalidArgument);
-  detail::RunWithSubscriptError(ErrorId::ArgumentExceedsArraySize, [&] {
+  if (!members_.empty() && !detail::IsLogicalOperator(LogicalOperator)) RaiseLibraryError(ErrorCode::InvalidArgument);
+  detail::RunWithSubscriptError(ErrorCode::ArgumentExceedsArraySize, [&] {
     for (const auto& s : members_) s->Prune(Value, LogicalOperator);
   });
 }
 
 void DataCollection::SortOnSeries(const Variant& SeriesIndex, SortTypeEnum SortDirection) {
   GuardWritable();
-  if (!IsSortDirection(SortDirection)) RaiseLibraryError(ErrorId::InvalidArgument);
-  if (NumObservationsMax() != NumObservationsMin()) RaiseLibraryError(ErrorId::UnequalSeriesLengths);
+  if (!IsSortDirection(SortDirection)) RaiseLibraryError(ErrorCode::InvalidArgument);
+  if (NumObservationsMax() != NumObservationsMin()) RaiseLibraryError(ErrorCode::UnequalSeriesLengths);
   detail::RunUnderHandler([&] {
     const std::int32_t n = NumObservationsMax();
     std::vector<std::int32_t> index(static_cast<std::size_t>(n) + 1, 0);
@@ -106,12 +105,12 @@ void DataCollection::SortOnSeries(const Variant& SeriesIndex, SortTypeEnum SortD
 
 void DataCollection::PruneOnSeries(const Variant& SeriesIndex, double Value, LogicalTypeEnum LogicalOperator) {
   GuardWritable();
-  if (NumObservationsMax() != NumObservationsMin()) RaiseLibraryError(ErrorId::UnequalSeriesLengths);
-  const std::vector<double> keys = detail::RunWithSubscriptError(ErrorId::ArgumentExceedsArraySize, [&] {
+  if (NumObservationsMax() != NumObservationsMin()) RaiseLibraryError(ErrorCode::UnequalSeriesLengths);
+  const std::vector<double> keys = detail::RunWithSubscriptError(ErrorCode::ArgumentExceedsArraySize, [&] {
     return members_[DataAccess::IndexOrFault(*this, SeriesIndex)]->ExportToArray();
   });
-  if (!detail::IsLogicalOperator(LogicalOperator)) RaiseLibraryError(ErrorId::InvalidArgument);
-  detail::RunWithSubscriptError(ErrorId::ArgumentExceedsArraySize, [&] {
+  if (!detail::IsLogicalOperator(LogicalOperator)) RaiseLibraryError(ErrorCode::InvalidArgument);
+  detail::RunWithSubscriptError(ErrorCode::ArgumentExceedsArraySize, [&] {
     // The rows that survive, then one compaction per member (the same result
     // as removing the matching rows one by one from the end, in linear time).
     std::vector<std::int32_t> keep;
@@ -145,8 +144,8 @@ MemberPair FetchPair(const DataCollection& c, const Variant& a, const Variant& b
     s1 = c.Item(a);
     s2 = c.Item(b);
   });
-  if (s1->NumObservations() != s2->NumObservations()) RaiseLibraryError(ErrorId::UnequalSeriesLengths);
-  if (s1->NumObservations() <= 1) RaiseLibraryError(ErrorId::TooFewObservations);
+  if (s1->NumObservations() != s2->NumObservations()) RaiseLibraryError(ErrorCode::UnequalSeriesLengths);
+  if (s1->NumObservations() <= 1) RaiseLibraryError(ErrorCode::TooFewObservations);
   MemberPair p;
   p.n = s1->NumObservations();
   DataAccess::CopyValuesOut(*s1, p.x);

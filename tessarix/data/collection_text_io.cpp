@@ -2,9 +2,9 @@
 #include <algorithm>
 #include <vector>
 
-#include "tessarix/core/error_catalogue.hpp"
+#include "tessarix/foundation/error_catalogue.hpp"
 #include "tessarix/data/data_collection.hpp"
-#include "tessarix/data/internal/data_access.hpp"
+#include "tessarix/data/data_access.hpp"
 #include "tessarix/data/internal/text_import.hpp"
 #include "tessarix/platform/line_reader.hpp"
 #include "tessarix/platform/number_format.hpp"
@@ -13,7 +13,6 @@
 namespace tessarix {
 
 using detail::DataAccess;
-using detail::ErrorId;
 
 namespace {
 
@@ -68,7 +67,7 @@ void DataCollection::ImportDelimited(const std::string& FilePath, const std::vec
                                      DelimiterTypeEnum Delimiter, const std::string& DecimalSeparator,
                                      const std::string& DateSeparator, const Variant& MissingQualifier) {
   const char delimiter = detail::DelimiterCharacter(Delimiter);
-  detail::RunImportFrontEnd(ErrorId::SubscriptOutOfRange, [&] {
+  detail::RunImportFrontEnd(ErrorCode::SubscriptOutOfRange, [&] {
     const detail::ImportSettings settings(DecimalSeparator, DateSeparator, MissingQualifier);
     if (names != nullptr) {
       // An array without elements has no bounds.
@@ -80,7 +79,7 @@ void DataCollection::ImportDelimited(const std::string& FilePath, const std::vec
     const std::string path = detail::PrepareFile(FilePath, temp);
     detail::RunReadingLoop([&] {
       detail::LineReader reader;
-      if (!reader.Open(path)) detail::RaiseLibraryError(ErrorId::FileReadError);
+      if (!reader.Open(path)) detail::RaiseLibraryError(ErrorCode::FileReadError);
       std::vector<std::string> column_names;
       if (names != nullptr) {
         column_names = *names;
@@ -124,10 +123,10 @@ void DataCollection::ImportSeriesFromFileAlt(const std::string& FilePath, const 
                                              DelimiterTypeEnum Delimiter, const std::string& DecimalSeparator,
                                              const std::string& DateSeparator, const Variant& MissingQualifier) {
   GuardWritable();
-  if (!NameArray.IsArray()) detail::RaiseLibraryError(ErrorId::ExpectedVariantArray);
+  if (!NameArray.IsArray()) detail::RaiseLibraryError(ErrorCode::ExpectedVariantArray);
   (void)detail::DelimiterCharacter(Delimiter);
   std::vector<std::string> names;
-  detail::RunImportFrontEnd(ErrorId::SubscriptOutOfRange, [&] {
+  detail::RunImportFrontEnd(ErrorCode::SubscriptOutOfRange, [&] {
     const std::int32_t upper = NameArray.UpperBound(1);
     for (std::int32_t j = 0; j <= upper; ++j) names.push_back(NameArray.At(j).ToString());
   });
@@ -143,12 +142,12 @@ void DataCollection::ImportNamedSeriesFromFile(const std::string& FilePath, Deli
 
 void DataCollection::ExportSeriesToFile(const std::string& FilePath, bool IncludeNames, bool SaveFormatted,
                                         bool AppendData) {
-  if (NumObservationsMax() != NumObservationsMin()) detail::RaiseLibraryError(ErrorId::UnequalSeriesLengths);
+  if (NumObservationsMax() != NumObservationsMin()) detail::RaiseLibraryError(ErrorCode::UnequalSeriesLengths);
   try {
     const std::int32_t rows = NumObservationsMax();
     const std::size_t cols = members_.size();
     detail::TextWriter writer;
-    if (!writer.Open(FilePath, AppendData)) detail::RaiseLibraryError(ErrorId::FileWriteError);
+    if (!writer.Open(FilePath, AppendData)) detail::RaiseLibraryError(ErrorCode::FileWriteError);
     if (IncludeNames) {
       for (std::size_t j = 0; j < cols; ++j) writer.ListString(members_[j]->Name(), j + 1 == cols);
     }
@@ -173,7 +172,7 @@ void DataCollection::ExportSeriesToFile(const std::string& FilePath, bool Includ
     }
     writer.Close();
   } catch (...) {
-    detail::RaiseLibraryError(ErrorId::FileWriteError);
+    detail::RaiseLibraryError(ErrorCode::FileWriteError);
   }
 }
 

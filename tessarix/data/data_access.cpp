@@ -1,9 +1,9 @@
-#include "tessarix/data/internal/data_access.hpp"
+#include "tessarix/data/data_access.hpp"
 
 #include <algorithm>
 #include <cmath>
 
-#include "tessarix/platform/fault.hpp"
+#include "tessarix/foundation/fault.hpp"
 #include "tessarix/platform/rounding.hpp"
 #include "tessarix/platform/text_case.hpp"
 

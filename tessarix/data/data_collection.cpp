@@ -2,18 +2,17 @@
 
 #include <algorithm>
 
-#include "tessarix/core/error_catalogue.hpp"
-#include "tessarix/core/error_handler.hpp"
-#include "tessarix/data/internal/data_access.hpp"
+#include "tessarix/foundation/error_catalogue.hpp"
+#include "tessarix/foundation/error_handler.hpp"
+#include "tessarix/data/data_access.hpp"
 #include "tessarix/platform/text_case.hpp"
 
 namespace tessarix {
 
-using detail::ErrorId;
 using detail::RaiseLibraryError;
 
 void DataCollection::GuardWritable() const {
-  if (read_only_) RaiseLibraryError(ErrorId::ReadOnlyObject);
+  if (read_only_) RaiseLibraryError(ErrorCode::ReadOnlyObject);
 }
 
 std::ptrdiff_t DataCollection::FindByName(const std::string& name) const {
@@ -22,7 +21,7 @@ std::ptrdiff_t DataCollection::FindByName(const std::string& name) const {
 }
 
 std::shared_ptr<DataSeries> DataCollection::InsertNew(const std::string& name, std::int32_t preallocation) {
-  if (FindByName(name) >= 0) RaiseLibraryError(ErrorId::NameAlreadyInCollection);
+  if (FindByName(name) >= 0) RaiseLibraryError(ErrorCode::NameAlreadyInCollection);
   std::shared_ptr<DataSeries> series(new DataSeries());
   detail::DataAccess::SetName(*series, name);
   if (preallocation > 0) detail::DataAccess::ReserveObservations(*series, preallocation);
@@ -52,13 +51,13 @@ void DataCollection::EraseAll() noexcept {
 
 std::shared_ptr<DataSeries> DataCollection::AddSeries(const std::string& Name, std::int32_t PreAllocation) {
   GuardWritable();
-  if (FindByName(Name) >= 0) RaiseLibraryError(ErrorId::NameAlreadyInCollection);
+  if (FindByName(Name) >= 0) RaiseLibraryError(ErrorCode::NameAlreadyInCollection);
   return detail::RunUnderHandler([&] { return InsertNew(Name, PreAllocation); });
 }
 
 std::shared_ptr<DataSeries> DataCollection::Item(const Variant& SeriesIndex) const {
   const std::ptrdiff_t index = detail::DataAccess::IndexOf(*this, SeriesIndex);
-  if (index < 0) RaiseLibraryError(ErrorId::InvalidKeyOrIndex);
+  if (index < 0) RaiseLibraryError(ErrorCode::InvalidKeyOrIndex);
   return members_[static_cast<std::size_t>(index)];
 }
 

@@ -4,6 +4,8 @@
 // read-only collection.
 #pragma once
 
+#include "tessarix/foundation/export.hpp"
+
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -11,8 +13,8 @@
 #include <unordered_map>
 #include <vector>
 
-#include "tessarix/core/enums.hpp"
-#include "tessarix/core/error.hpp"
+#include "tessarix/foundation/enums.hpp"
+#include "tessarix/foundation/error.hpp"
 #include "tessarix/data/data_series.hpp"
 #include "tessarix/platform/matrix.hpp"
 #include "tessarix/platform/variant.hpp"
@@ -31,7 +33,7 @@ namespace tessarix {
 // Errors: the catalogue errors named below reach the caller as they are; any
 // other failure inside a member reaches it as 10001 "General Error: " + the
 // failure's description.
-class DataCollection {
+class TESSARIX_API DataCollection {
  public:
   using const_iterator = std::vector<std::shared_ptr<DataSeries>>::const_iterator;
 

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <limits>
 
-#include "tessarix/core/error_catalogue.hpp"
-#include "tessarix/core/error_handler.hpp"
+#include "tessarix/foundation/error_catalogue.hpp"
+#include "tessarix/foundation/error_handler.hpp"
 #include "tessarix/data/internal/operation_handler.hpp"
 #include "tessarix/platform/checked.hpp"
 #include "tessarix/platform/number_format.hpp"
@@ -13,7 +13,6 @@
 namespace tessarix {
 
 using detail::Checked;
-using detail::ErrorId;
 using detail::RaiseLibraryError;
 
 namespace {
@@ -26,7 +25,7 @@ std::int32_t CountOf(std::int64_t n) {
 }  // namespace
 
 void DataSeries::GuardWritable() const {
-  if (read_only_) RaiseLibraryError(ErrorId::ReadOnlyObject);
+  if (read_only_) RaiseLibraryError(ErrorCode::ReadOnlyObject);
 }
 
 void DataSeries::EnsurePositions(std::int64_t n) {
@@ -53,7 +52,7 @@ void DataSeries::RemoveObservation(std::int32_t ObservationIndex) {
   GuardWritable();
   // Removing "the last" of nothing is accepted silently.
   if (ObservationIndex == tsxLast && count_ == 0) return;
-  if (ObservationIndex < -1 || ObservationIndex >= count_) RaiseLibraryError(ErrorId::ObservationIndexOutOfBounds);
+  if (ObservationIndex < -1 || ObservationIndex >= count_) RaiseLibraryError(ErrorCode::ObservationIndexOutOfBounds);
   InvalidateStatistics();
   if (ObservationIndex != tsxLast) {
     const auto first = values_.begin() + ObservationIndex + 2;
@@ -71,7 +70,7 @@ void DataSeries::SetRegressionKey(const std::string& value) {
 
 void DataSeries::Fill(double StartValue, double Increment, std::int32_t NumObservations, bool AppendData) {
   GuardWritable();
-  if (NumObservations < 1) RaiseLibraryError(ErrorId::InvalidArgument);
+  if (NumObservations < 1) RaiseLibraryError(ErrorCode::InvalidArgument);
   detail::RunUnderHandler([&] {
     InvalidateStatistics();
     const std::int32_t first = AppendData ? CountOf(static_cast<std::int64_t>(count_) + 1) : 1;
@@ -96,7 +95,7 @@ void DataSeries::RemoveAllObservations() {
 
 void DataSeries::ImportFromArray(std::span<const double> DataArray, bool AppendData) {
   GuardWritable();
-  detail::RunWithSubscriptError(ErrorId::SubscriptOutOfRange, [&] {
+  detail::RunWithSubscriptError(ErrorCode::SubscriptOutOfRange, [&] {
     // An array without dimensions has no upper bound to read.
     if (DataArray.empty()) detail::RaiseFault(detail::FaultKind::SubscriptOutOfRange);
     const std::int32_t n = CountOf(static_cast<std::int64_t>(DataArray.size()));
@@ -112,8 +111,8 @@ void DataSeries::ImportFromArray(std::span<const double> DataArray, bool AppendD
 
 void DataSeries::ImportFromArrayAlt(const Variant& DataArray, bool AppendData) {
   GuardWritable();
-  if (!DataArray.IsArray()) RaiseLibraryError(ErrorId::ExpectedVariantArray);
-  detail::RunWithSubscriptError(ErrorId::SubscriptOutOfRange, [&] {
+  if (!DataArray.IsArray()) RaiseLibraryError(ErrorCode::ExpectedVariantArray);
+  detail::RunWithSubscriptError(ErrorCode::SubscriptOutOfRange, [&] {
     const std::int32_t upper = DataArray.UpperBound(1);
     if (DataArray.Dimensions() != 1) detail::RaiseFault(detail::FaultKind::SubscriptOutOfRange);
     // Convert every element before touching the series, so that an element
@@ -131,14 +130,14 @@ void DataSeries::ImportFromArrayAlt(const Variant& DataArray, bool AppendData) {
 }
 
 std::vector<double> DataSeries::ExportToArray() {
-  return detail::RunWithSubscriptError(ErrorId::ArgumentExceedsArraySize, [&] {
+  return detail::RunWithSubscriptError(ErrorCode::ArgumentExceedsArraySize, [&] {
     return std::vector<double>(values_.begin() + 1, values_.begin() + count_ + 1);
   });
 }
 
 Variant DataSeries::ExportToArrayAlt() {
   if (count_ == 0) return Variant();
-  return detail::RunWithSubscriptError(ErrorId::ArgumentExceedsArraySize, [&] {
+  return detail::RunWithSubscriptError(ErrorCode::ArgumentExceedsArraySize, [&] {
     std::vector<Variant> elements;
     elements.reserve(static_cast<std::size_t>(count_));
     for (std::int32_t k = 1; k <= count_; ++k) elements.emplace_back(values_[static_cast<std::size_t>(k)]);
@@ -148,13 +147,13 @@ Variant DataSeries::ExportToArrayAlt() {
 
 void DataSeries::SetObservation(std::int32_t ObservationIndex, double Value) {
   GuardWritable();
-  if (ObservationIndex < 0 || ObservationIndex >= count_) RaiseLibraryError(ErrorId::ObservationIndexOutOfBounds);
+  if (ObservationIndex < 0 || ObservationIndex >= count_) RaiseLibraryError(ErrorCode::ObservationIndexOutOfBounds);
   values_[static_cast<std::size_t>(ObservationIndex) + 1] = detail::RunUnderHandler([&] { return Checked(Value); });
   InvalidateStatistics();
 }
 
 double DataSeries::GetObservation(std::int32_t ObservationIndex) {
-  if (ObservationIndex < 0 || ObservationIndex >= count_) RaiseLibraryError(ErrorId::ObservationIndexOutOfBounds);
+  if (ObservationIndex < 0 || ObservationIndex >= count_) RaiseLibraryError(ErrorCode::ObservationIndexOutOfBounds);
   return values_[static_cast<std::size_t>(ObservationIndex) + 1];
 }
 
@@ -165,7 +164,7 @@ std::string DataSeries::GetObservationFormatted(std::int32_t ObservationIndex) {
 }
 
 std::int32_t DataSeries::GetObservationIndex(SearchTypeEnum SearchType, double SearchValue) {
-  if (count_ < 1) RaiseLibraryError(ErrorId::TooFewObservations);
+  if (count_ < 1) RaiseLibraryError(ErrorCode::TooFewObservations);
   const double* a = values_.data();
   switch (SearchType) {
     case tsxMinimum:
@@ -182,7 +181,7 @@ std::int32_t DataSeries::GetObservationIndex(SearchTypeEnum SearchType, double S
       }
       return -1;
   }
-  RaiseLibraryError(ErrorId::InvalidArgument);
+  RaiseLibraryError(ErrorCode::InvalidArgument);
 }
 
 }  // namespace tessarix

@@ -3,6 +3,8 @@
 // series and publish their result tables as series.
 #pragma once
 
+#include "tessarix/foundation/export.hpp"
+
 #include <array>
 #include <cstdint>
 #include <memory>
@@ -10,8 +12,8 @@
 #include <string>
 #include <vector>
 
-#include "tessarix/core/enums.hpp"
-#include "tessarix/core/error.hpp"
+#include "tessarix/foundation/enums.hpp"
+#include "tessarix/foundation/error.hpp"
 #include "tessarix/platform/variant.hpp"
 
 namespace tessarix {
@@ -36,7 +38,7 @@ struct DataAccess;
 // inside a member (a floating-point fault, an allocation failure) reaches the
 // caller as 10001 "General Error: " + the failure's description, and leaves
 // the series as it was unless said otherwise.
-class DataSeries {
+class TESSARIX_API DataSeries {
  public:
   DataSeries(const DataSeries&) = delete;
   DataSeries& operator=(const DataSeries&) = delete;

@@ -1,5 +1,5 @@
 // Sort and Prune of a single series.
-#include "tessarix/core/error_catalogue.hpp"
+#include "tessarix/foundation/error_catalogue.hpp"
 #include "tessarix/data/data_series.hpp"
 #include "tessarix/data/internal/logical_test.hpp"
 #include "tessarix/data/internal/operation_handler.hpp"
@@ -7,13 +7,12 @@
 
 namespace tessarix {
 
-using detail::ErrorId;
 
 void DataSeries::Sort(SortTypeEnum SortDirection) {
   GuardWritable();
   if (count_ < 2) return;
   if (SortDirection != tsxSortAscending && SortDirection != tsxSortDescending) {
-    detail::RaiseLibraryError(ErrorId::InvalidArgument);
+    detail::RaiseLibraryError(ErrorCode::InvalidArgument);
   }
   // In place on the storage; the statistics stay valid.
   detail::SortValues(values_, count_, SortDirection);
@@ -21,8 +20,8 @@ void DataSeries::Sort(SortTypeEnum SortDirection) {
 
 void DataSeries::Prune(double Value, LogicalTypeEnum LogicalOperator) {
   GuardWritable();
-  if (!detail::IsLogicalOperator(LogicalOperator)) detail::RaiseLibraryError(ErrorId::InvalidArgument);
-  detail::RunWithSubscriptError(ErrorId::ArgumentExceedsArraySize, [&] {
+  if (!detail::IsLogicalOperator(LogicalOperator)) detail::RaiseLibraryError(ErrorCode::InvalidArgument);
+  detail::RunWithSubscriptError(ErrorCode::ArgumentExceedsArraySize, [&] {
     // One compaction pass instead of a removal per match: the same survivors
     // in the same order, in linear time.
     std::int32_t kept = 0;

@@ -2,7 +2,7 @@
 #include <cmath>
 #include <vector>
 
-#include "tessarix/core/error_catalogue.hpp"
+#include "tessarix/foundation/error_catalogue.hpp"
 #include "tessarix/data/data_series.hpp"
 #include "tessarix/numerics/power.hpp"
 #include "tessarix/numerics/sort_values.hpp"
@@ -14,7 +14,6 @@ namespace tessarix {
 using detail::Checked;
 using detail::CheckedDiv;
 using detail::CheckedSqrt;
-using detail::ErrorId;
 
 double DataSeries::ComputeMedian() const {
   std::vector<double> sorted(values_.begin(), values_.begin() + count_ + 1);
@@ -91,8 +90,8 @@ bool DataSeries::ComputeStatistics() const {
 }
 
 const DataSeries::StatisticsCache& DataSeries::Statistics(std::int32_t minimum_count) const {
-  if (count_ < minimum_count) detail::RaiseLibraryError(ErrorId::TooFewObservations);
-  if (!statistics_valid_ && !ComputeStatistics()) detail::RaiseLibraryError(ErrorId::StatisticMathError);
+  if (count_ < minimum_count) detail::RaiseLibraryError(ErrorCode::TooFewObservations);
+  if (!statistics_valid_ && !ComputeStatistics()) detail::RaiseLibraryError(ErrorCode::StatisticMathError);
   return statistics_;
 }
 

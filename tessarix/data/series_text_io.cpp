@@ -1,5 +1,5 @@
 // Text import and export of a single series.
-#include "tessarix/core/error_catalogue.hpp"
+#include "tessarix/foundation/error_catalogue.hpp"
 #include "tessarix/data/data_series.hpp"
 #include "tessarix/data/internal/text_import.hpp"
 #include "tessarix/platform/line_reader.hpp"
@@ -8,18 +8,17 @@
 
 namespace tessarix {
 
-using detail::ErrorId;
 
 void DataSeries::ImportFromFile(const std::string& FilePath, bool AppendData, const std::string& DecimalSeparator,
                                 const std::string& DateSeparator) {
   GuardWritable();
-  detail::RunImportFrontEnd(ErrorId::ArgumentExceedsArraySize, [&] {
+  detail::RunImportFrontEnd(ErrorCode::ArgumentExceedsArraySize, [&] {
     const detail::ImportSettings settings(DecimalSeparator, DateSeparator, Variant());
     std::string temp;
     const std::string path = detail::PrepareFile(FilePath, temp);
     detail::RunReadingLoop([&] {
       detail::LineReader reader;
-      if (!reader.Open(path)) detail::RaiseLibraryError(ErrorId::FileReadError);
+      if (!reader.Open(path)) detail::RaiseLibraryError(ErrorCode::FileReadError);
       InvalidateStatistics();
       // The count is set once at the end: a failure partway keeps the old
       // count (with some values already overwritten, when replacing).
@@ -44,7 +43,7 @@ void DataSeries::ExportToFile(const std::string& FilePath, bool /*IncludeName*/,
   if (count_ == 0) return;
   try {
     detail::TextWriter writer;
-    if (!writer.Open(FilePath, AppendData)) detail::RaiseLibraryError(ErrorId::FileWriteError);
+    if (!writer.Open(FilePath, AppendData)) detail::RaiseLibraryError(ErrorCode::FileWriteError);
     const bool formatted = SaveFormatted && !detail::IsGeneralFormat(number_display_format_);
     for (std::int32_t k = 1; k <= count_; ++k) {
       const double v = values_[static_cast<std::size_t>(k)];
@@ -56,7 +55,7 @@ void DataSeries::ExportToFile(const std::string& FilePath, bool /*IncludeName*/,
     }
     writer.Close();
   } catch (...) {
-    detail::RaiseLibraryError(ErrorId::FileWriteError);
+    detail::RaiseLibraryError(ErrorCode::FileWriteError);
   }
 }
 

@@ -3,10 +3,10 @@
 // through, so a fault at any element leaves the series exactly as it was.
 #include <vector>
 
-#include "tessarix/core/error_catalogue.hpp"
-#include "tessarix/core/error_handler.hpp"
+#include "tessarix/foundation/error_catalogue.hpp"
+#include "tessarix/foundation/error_handler.hpp"
 #include "tessarix/data/data_series.hpp"
-#include "tessarix/data/internal/data_access.hpp"
+#include "tessarix/data/data_access.hpp"
 #include "tessarix/platform/checked.hpp"
 
 namespace tessarix {
@@ -51,7 +51,7 @@ void DataSeries::Transform(TransformTypeEnum Transformation) {
     case tsxTransformInvertNaturalLog:
       return ApplyToCopy(*this, [](double v) { return CheckedDiv(1.0, CheckedLog(v)); });
   }
-  detail::RaiseLibraryError(detail::ErrorId::InvalidArgument);
+  detail::RaiseLibraryError(ErrorCode::InvalidArgument);
 }
 
 void DataSeries::Translate(double Factor) {

@@ -21,7 +21,7 @@ char DelimiterCharacter(DelimiterTypeEnum delimiter) {
     case tsxDelimiterSemicolon:
       return ';';
   }
-  RaiseLibraryError(ErrorId::InvalidArgument);
+  RaiseLibraryError(ErrorCode::InvalidArgument);
 }
 
 ImportSettings::ImportSettings(const std::string& decimal_separator, const std::string& date_separator,
@@ -72,11 +72,11 @@ std::string PrepareFile(const std::string& path, std::string& temp_path) {
   if (!ProbeBareLineFeeds(path)) return path;
   // A copy with carriage-return line ends; the file itself is never altered.
   const std::string temp = MakeTempFileName("tsx");
-  if (temp.empty()) RaiseLibraryError(ErrorId::NoTemporaryFileName);
+  if (temp.empty()) RaiseLibraryError(ErrorCode::NoTemporaryFileName);
   if (!WriteNormalisedCopy(path, temp)) {
     std::remove(temp.c_str());
-    throw ErrorFactory::Make(ErrorId::CannotCreateTemporaryFile,
-                             std::string(ErrorMessage(ErrorId::CannotCreateTemporaryFile)) + " '" + temp + "'");
+    throw ErrorFactory::Make(ErrorCode::CannotCreateTemporaryFile,
+                             std::string(ErrorMessage(ErrorCode::CannotCreateTemporaryFile)) + " '" + temp + "'");
   }
   temp_path = temp;
   return temp;

@@ -1,4 +1,4 @@
-#include "tessarix/language/locale_forms.hpp"
+#include "tessarix/language/internal/locale_forms.hpp"
 
 #include <string_view>
 

@@ -2,6 +2,8 @@
 // and a description.
 #pragma once
 
+#include "tessarix/foundation/export.hpp"
+
 #include <array>
 #include <string>
 
@@ -13,7 +15,7 @@ struct ModelDefinitionAccess;
 
 // A plain value: a new object holds empty strings. The regression objects
 // hand out fresh copies, so changing one changes nothing else.
-class ModelDefinition {
+class TESSARIX_API ModelDefinition {
  public:
   ModelDefinition() = default;
 

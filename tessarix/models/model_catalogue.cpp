@@ -1,5 +1,10 @@
 #include "tessarix/models/model_catalogue.hpp"
 
+#include <string>
+#include <vector>
+
+#include "tessarix/models/predefined_models.hpp"
+
 #include <array>
 
 #include "tessarix/models/internal/linear_terms.hpp"
@@ -212,3 +217,20 @@ std::int32_t ParameterCountOfCode(std::int32_t evaluation_code) noexcept {
 }
 
 }  // namespace tessarix::detail
+
+namespace tessarix {
+
+const std::vector<PredefinedModelInfo>& PredefinedModels() {
+  static const std::vector<PredefinedModelInfo> listing = [] {
+    std::vector<PredefinedModelInfo> models;
+    for (std::int32_t id = detail::kFirstInternalModelId; id <= detail::kLastInternalModelId; ++id) {
+      const detail::InternalModelEntry* entry = detail::FindInternalModel(id);
+      models.push_back({id, std::string(entry->definition), std::string(entry->description),
+                        detail::ParameterCountOfCode(entry->evaluation_code), 1});
+    }
+    return models;
+  }();
+  return listing;
+}
+
+}  // namespace tessarix

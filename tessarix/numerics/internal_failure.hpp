@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <exception>
 
-#include "tessarix/platform/fault.hpp"
+#include "tessarix/foundation/fault.hpp"
 
 namespace tessarix::detail {
 

@@ -3,7 +3,7 @@
 #include <utility>
 #include <vector>
 
-#include "tessarix/platform/fault.hpp"
+#include "tessarix/foundation/fault.hpp"
 #include "tessarix/platform/rounding.hpp"
 
 namespace tessarix::detail {

@@ -18,7 +18,7 @@
 #include <cmath>
 #include <compare>
 
-#include "tessarix/platform/fault.hpp"
+#include "tessarix/foundation/fault.hpp"
 
 namespace tessarix::detail {
 

@@ -9,7 +9,7 @@
 #include <mutex>
 
 #include "tessarix/platform/separators.hpp"
-#include "tessarix/platform/text_scan.hpp"
+#include "tessarix/platform/internal/text_scan.hpp"
 
 namespace tessarix::detail {
 

@@ -7,7 +7,7 @@
 #include <cstring>
 #include <memory>
 
-#include "tessarix/platform/fault.hpp"
+#include "tessarix/foundation/fault.hpp"
 
 namespace tessarix::detail {
 

@@ -1,6 +1,6 @@
 #include "tessarix/platform/matrix.hpp"
 
-#include "tessarix/platform/fault.hpp"
+#include "tessarix/foundation/fault.hpp"
 
 namespace tessarix {
 

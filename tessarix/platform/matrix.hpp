@@ -1,6 +1,8 @@
 // A zero-based, row-major table of Double.
 #pragma once
 
+#include "tessarix/foundation/export.hpp"
+
 #include <cstdint>
 #include <vector>
 
@@ -9,7 +11,7 @@ namespace tessarix {
 // The first index is the observation (row), the second the variable or series
 // (column). Cols() == 0 means "no second dimension"; Rows() == 0 with
 // Cols() > 0 means "no observations". A new Matrix holds zeros.
-class Matrix {
+class TESSARIX_API Matrix {
  public:
   Matrix() = default;
   // Negative sizes are a "Subscript out of range" fault.

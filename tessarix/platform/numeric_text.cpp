@@ -11,7 +11,7 @@
 #include <system_error>
 
 #include "tessarix/platform/separators.hpp"
-#include "tessarix/platform/text_scan.hpp"
+#include "tessarix/platform/internal/text_scan.hpp"
 
 namespace tessarix::detail {
 

@@ -3,7 +3,7 @@
 #include <cmath>
 #include <limits>
 
-#include "tessarix/platform/fault.hpp"
+#include "tessarix/foundation/fault.hpp"
 
 namespace tessarix::detail {
 

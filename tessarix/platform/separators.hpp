@@ -2,6 +2,8 @@
 // the number text of logs and formatted output, and text import.
 #pragma once
 
+#include "tessarix/foundation/export.hpp"
+
 #include <string>
 
 namespace tessarix {
@@ -18,7 +20,7 @@ struct SystemSeparators {
 
 // The separators in force. The first call loads them from the user's default
 // locale (LoadLocaleSeparators) unless a host has set them already.
-const SystemSeparators& CurrentSeparators();
+TESSARIX_API const SystemSeparators& CurrentSeparators();
 
 // Reads the separators of the user's default locale (LANG / LC_* of the
 // environment) without touching the process locale: decimal and thousands
@@ -27,17 +29,17 @@ const SystemSeparators& CurrentSeparators();
 // ";" where the decimal separator is "," and "," otherwise. Only the first
 // character is kept and blanks are trimmed; a value that cannot be read is
 // replaced by the English one (".", ",", ",", "/", ":").
-void LoadLocaleSeparators();
+TESSARIX_API void LoadLocaleSeparators();
 
 // A host (or a test) may set the separators explicitly; the automatic load
 // never overwrites them afterwards.
-void SetSystemSeparators(const SystemSeparators& separators);
+TESSARIX_API void SetSystemSeparators(const SystemSeparators& separators);
 
 namespace detail {
 // The separators of a named POSIX locale ("" for the user's default), with the
 // rules of LoadLocaleSeparators. False (and English values) when the locale
 // does not exist on this system.
-bool ReadLocaleSeparators(const char* locale_name, SystemSeparators& separators);
+TESSARIX_API bool ReadLocaleSeparators(const char* locale_name, SystemSeparators& separators);
 }  // namespace detail
 
 }  // namespace tessarix

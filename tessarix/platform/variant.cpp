@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "tessarix/platform/fault.hpp"
+#include "tessarix/foundation/fault.hpp"
 #include "tessarix/platform/number_text.hpp"
 #include "tessarix/platform/numeric_text.hpp"
 

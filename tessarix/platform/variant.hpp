@@ -3,6 +3,8 @@
 // Alt forms of the object model take and give.
 #pragma once
 
+#include "tessarix/foundation/export.hpp"
+
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -13,7 +15,7 @@ namespace tessarix {
 
 enum class VariantType : std::int32_t { Empty, Long, Double, Boolean, String, Array };
 
-class Variant {
+class TESSARIX_API Variant {
  public:
   Variant() = default;  // Empty; also stands for a missing optional argument
   Variant(std::int32_t value) : value_(value) {}          // NOLINT(google-explicit-constructor)
@@ -63,7 +65,7 @@ class Variant {
 
   // Numbers (Long, Double, Boolean) by value, strings exactly, Empty only
   // equals Empty, arrays element by element; a number never equals a string.
-  friend bool operator==(const Variant& a, const Variant& b);
+  friend TESSARIX_API bool operator==(const Variant& a, const Variant& b);
 
  private:
   struct ArrayData {

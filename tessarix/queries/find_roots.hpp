@@ -16,7 +16,7 @@
 #include "tessarix/numerics/adjacent_duplicates.hpp"
 #include "tessarix/numerics/internal_failure.hpp"
 #include "tessarix/platform/checked.hpp"
-#include "tessarix/platform/fault.hpp"
+#include "tessarix/foundation/fault.hpp"
 
 namespace tessarix::detail {
 

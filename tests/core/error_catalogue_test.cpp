@@ -1,12 +1,12 @@
-#include "tessarix/core/error_catalogue.hpp"
+#include "tessarix/foundation/error_catalogue.hpp"
 
 #include <gtest/gtest.h>
 
 #include <stdexcept>
 
 #include "support/test_helpers.hpp"
-#include "tessarix/core/error_handler.hpp"
-#include "tessarix/core/global_constants.hpp"
+#include "tessarix/foundation/error_handler.hpp"
+#include "tessarix/foundation/global_constants.hpp"
 #include "tessarix/platform/checked.hpp"
 #include "tessarix/version.hpp"
 
@@ -21,14 +21,14 @@ TEST(ErrorCatalogue, NumbersAndHelpContextsRunInStep) {
     EXPECT_EQ(e.number, 0x80040201u + static_cast<std::uint32_t>(e.help_context - 10001));
     EXPECT_FALSE(e.description.empty());
   }
-  EXPECT_EQ(CatalogueEntryFor(ErrorId::ExpectedVariantArray).number, 0x8004022Au);
+  EXPECT_EQ(CatalogueEntryFor(ErrorCode::ExpectedVariantArray).number, 0x8004022Au);
 }
 
 TEST(ErrorCatalogue, EveryEntryRaisesWithItsFields) {
   for (const CatalogueEntry& e : kErrorCatalogue) {
     if (e.help_context == 10001) continue;
     try {
-      RaiseLibraryError(static_cast<ErrorId>(e.help_context));
+      RaiseLibraryError(static_cast<ErrorCode>(e.help_context));
       FAIL() << "no raise";
     } catch (const Error& err) {
       EXPECT_EQ(err.Number(), e.number);
@@ -38,9 +38,9 @@ TEST(ErrorCatalogue, EveryEntryRaisesWithItsFields) {
       EXPECT_STREQ(err.what(), err.Description().c_str());
     }
   }
-  EXPECT_TSX_ERROR(RaiseLibraryError(ErrorId::ModelNotDefined), 10023,
+  EXPECT_TSX_ERROR(RaiseLibraryError(ErrorCode::ModelNotDefined), 10023,
                    "The model has not yet been defined, or the current definition is invalid");
-  EXPECT_TSX_ERROR(RaiseLibraryError(ErrorId::TooManyIndependentVariables), 10041,
+  EXPECT_TSX_ERROR(RaiseLibraryError(ErrorCode::TooManyIndependentVariables), 10041,
                    "The model you are exporting to Tessara has more than 20 independent variables");
 }
 
@@ -54,11 +54,11 @@ TEST(ErrorHandler, WrapsEveryFailureAsGeneralError) {
   EXPECT_TSX_ERROR(RunUnderHandler([]() -> int { throw std::runtime_error("disk on fire"); }), 10001,
                    "General Error: disk on fire");
   // A catalogue error inside the handler is a failure like any other.
-  EXPECT_TSX_ERROR(RunUnderHandler([] { RaiseLibraryError(ErrorId::InvalidKeyOrIndex); }), 10001,
+  EXPECT_TSX_ERROR(RunUnderHandler([] { RaiseLibraryError(ErrorCode::InvalidKeyOrIndex); }), 10001,
                    "General Error: Invalid key or index");
   EXPECT_EQ(RunUnderHandler([] { return 7; }), 7);
   // The definition operations let their own catalogue errors through.
-  EXPECT_TSX_CODE(RunUnderHandler([] { RaiseLibraryError(ErrorId::ModelMissingSub); }, [](const std::string&) {},
+  EXPECT_TSX_CODE(RunUnderHandler([] { RaiseLibraryError(ErrorCode::ModelMissingSub); }, [](const std::string&) {},
                                   LibraryErrors::PassThrough),
                   10018);
   EXPECT_TSX_ERROR(RunUnderHandler([] { RaiseFault(FaultKind::Overflow); }, [](const std::string&) {},

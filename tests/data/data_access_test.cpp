@@ -1,10 +1,10 @@
 // The internal operations that regression objects use to fill result tables.
-#include "tessarix/data/internal/data_access.hpp"
+#include "tessarix/data/data_access.hpp"
 
 #include <gtest/gtest.h>
 
 #include "support/test_helpers.hpp"
-#include "tessarix/platform/fault.hpp"
+#include "tessarix/foundation/fault.hpp"
 
 using namespace tessarix;
 using detail::DataAccess;

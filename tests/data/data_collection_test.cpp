@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "support/test_helpers.hpp"
-#include "tessarix/data/internal/data_access.hpp"
+#include "tessarix/data/data_access.hpp"
 
 using namespace tessarix;
 

@@ -4,7 +4,7 @@
 
 #include "support/test_helpers.hpp"
 #include "tessarix/data/data_collection.hpp"
-#include "tessarix/data/internal/data_access.hpp"
+#include "tessarix/data/data_access.hpp"
 
 using namespace tessarix;
 using V = std::vector<double>;

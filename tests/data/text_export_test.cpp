@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "tessarix/data/data_collection.hpp"
-#include "tessarix/data/internal/data_access.hpp"
+#include "tessarix/data/data_access.hpp"
 #include "text_file_fixture.hpp"
 
 using namespace tessarix;

@@ -6,7 +6,7 @@
 
 #include "language_support.hpp"
 #include "tessarix/language/internal/tokeniser.hpp"
-#include "tessarix/platform/fault.hpp"
+#include "tessarix/foundation/fault.hpp"
 
 namespace tessarix::test {
 namespace {

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "language_support.hpp"
-#include "tessarix/language/locale_forms.hpp"
+#include "tessarix/language/internal/locale_forms.hpp"
 
 namespace tessarix::test {
 namespace {

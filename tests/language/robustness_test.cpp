@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "language_support.hpp"
-#include "tessarix/platform/fault.hpp"
+#include "tessarix/foundation/fault.hpp"
 
 namespace tessarix::test {
 namespace {

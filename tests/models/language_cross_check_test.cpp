@@ -14,8 +14,7 @@
 
 #include "model_test_support.hpp"
 #include "support/test_helpers.hpp"
-#include "tessarix/language/internal/evaluator.hpp"
-#include "tessarix/language/internal/user_model.hpp"
+#include "tessarix/language/text_model.hpp"
 #include "tessarix/models/model_catalogue.hpp"
 #include "tessarix/models/predefined_formulas.hpp"
 
@@ -23,22 +22,19 @@ namespace tessarix::detail {
 namespace {
 
 // A definition text compiled as the regression object compiles it.
-class TextModel {
+class CompiledText {
  public:
-  explicit TextModel(const std::string& text) {
+  explicit CompiledText(const std::string& text) {
     tessarix::ModelDefinition d;
     d.SetY(text);
     ModelDefinition english, local;
-    PrepareDefinition(program_, d, tsxLocaleEnglish, test::EnglishSeparators(), english, local);
-    names_ = CompileUserModel(program_, test::EnglishSeparators());
-    PrepareScratch(program_, scratch_);
+    names_ = model_.Define(d, tsxLocaleEnglish, test::EnglishSeparators(), english, local);
   }
   const std::vector<std::string>& Names() const { return names_; }
-  bool Eval(const double* p, double x, double& y) { return EvaluateProgram(program_, scratch_, p, x, stats_, y); }
+  bool Eval(const double* p, double x, double& y) { return model_.Evaluate(p, x, stats_, y); }
 
  private:
-  ModelProgram program_;
-  EvaluationScratch scratch_;
+  TextModel model_;
   DataStatistics stats_;
   std::vector<std::string> names_;
 };
@@ -60,7 +56,7 @@ TEST(LanguageCrossCheck, DefinitionTextsAgreeWithTheFormulas) {
   for (std::int32_t id = 1; id <= 298; ++id) {
     SCOPED_TRACE(id);
     const InternalModelEntry* e = FindInternalModel(id);
-    TextModel text{std::string(e->definition)};
+    CompiledText text{std::string(e->definition)};
     const std::int32_t count = ParameterCountOfCode(e->evaluation_code);
     ASSERT_EQ(static_cast<std::int32_t>(text.Names().size()), count);
     for (std::int32_t j = 0; j < count; ++j) {

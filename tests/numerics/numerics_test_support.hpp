@@ -7,7 +7,7 @@
 
 #include "tessarix/numerics/internal_failure.hpp"
 #include "tessarix/numerics/one_based.hpp"
-#include "tessarix/platform/fault.hpp"
+#include "tessarix/foundation/fault.hpp"
 
 namespace tessarix::test {
 

@@ -18,7 +18,7 @@
 #include "tessarix/numerics/internal_failure.hpp"
 #include "tessarix/numerics/polynomials.hpp"
 #include "tessarix/numerics/power.hpp"
-#include "tessarix/platform/fault.hpp"
+#include "tessarix/foundation/fault.hpp"
 
 using namespace tessarix::detail;
 

@@ -8,7 +8,7 @@
 #include <random>
 #include <vector>
 
-#include "tessarix/platform/fault.hpp"
+#include "tessarix/foundation/fault.hpp"
 
 using namespace tessarix::detail;
 

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "support/test_helpers.hpp"
-#include "tessarix/platform/fault.hpp"
+#include "tessarix/foundation/fault.hpp"
 #include "tessarix/platform/matrix.hpp"
 #include "tessarix/platform/variant.hpp"
 

@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "tessarix/core/error.hpp"
+#include "tessarix/foundation/error.hpp"
 #include "tessarix/platform/separators.hpp"
 
 // Asserts that `statement` raises tessarix::Error with the given help context

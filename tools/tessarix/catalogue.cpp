@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cctype>
 
-#include <tessarix/models/model_catalogue.hpp>
+#include <tessarix/models/predefined_models.hpp>
 
 #include "text_format.hpp"
 
@@ -19,10 +19,8 @@ std::string Lower(std::string text) {
 
 std::vector<CatalogueEntry> ReadCatalogue() {
   std::vector<CatalogueEntry> entries;
-  for (std::int32_t id = detail::kFirstInternalModelId; id <= detail::kLastInternalModelId; ++id) {
-    const detail::InternalModelEntry* model = detail::FindInternalModel(id);
-    if (model == nullptr) continue;
-    entries.push_back({id, std::string(model->definition), std::string(model->description)});
+  for (const PredefinedModelInfo& model : PredefinedModels()) {
+    entries.push_back({model.ID, model.Definition, model.Description});
   }
   return entries;
 }

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "tessarix/core/enums.hpp"
-#include "tessarix/language/internal/model_program.hpp"
+#include "tessarix/foundation/enums.hpp"
+#include "tessarix/language/text_model.hpp"
 #include "tessarix/language/model_definition.hpp"
 #include "tessarix/numerics/one_based.hpp"
 #include "tessarix/platform/variant.hpp"
@@ -58,13 +58,10 @@ struct ModelState {
   std::int32_t estimate_term_count = 0;
 
   // ---- user models (the language) -------------------------------------------
-  // The compiled program with the compiler's state. It outlives every
-  // redefinition on the object: a new definition appends to it, and the
-  // sub-definition marks stay (the language's rules).
-  ModelProgram program;
-  // The evaluator's stack and the saved values of the sub-definitions, kept
-  // between evaluations.
-  EvaluationScratch scratch;
+  // The compiled model text. It outlives every redefinition on the object: a
+  // new definition appends to it, and the sub-definition marks stay (the
+  // language's rules).
+  TextModel text;
 };
 
 }  // namespace tessarix::detail

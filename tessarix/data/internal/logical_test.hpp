@@ -1,7 +1,7 @@
 // The five comparisons of pruning.
 #pragma once
 
-#include "tessarix/core/enums.hpp"
+#include "tessarix/foundation/enums.hpp"
 
 namespace tessarix::detail {
 

@@ -4,13 +4,13 @@
 // catalogue error the operation names for it; any other failure as 10001.
 #pragma once
 
-#include "tessarix/core/error_catalogue.hpp"
-#include "tessarix/platform/fault.hpp"
+#include "tessarix/foundation/error_catalogue.hpp"
+#include "tessarix/foundation/fault.hpp"
 
 namespace tessarix::detail {
 
 template <class Body>
-decltype(auto) RunWithSubscriptError(ErrorId subscript_error, Body&& body) {
+decltype(auto) RunWithSubscriptError(ErrorCode subscript_error, Body&& body) {
   try {
     return body();
   } catch (const RuntimeFault& fault) {

@@ -6,10 +6,10 @@
 #include <string>
 #include <string_view>
 
-#include "tessarix/core/enums.hpp"
-#include "tessarix/core/error.hpp"
-#include "tessarix/core/error_catalogue.hpp"
-#include "tessarix/platform/fault.hpp"
+#include "tessarix/foundation/enums.hpp"
+#include "tessarix/foundation/error.hpp"
+#include "tessarix/foundation/error_catalogue.hpp"
+#include "tessarix/foundation/fault.hpp"
 #include "tessarix/platform/variant.hpp"
 
 namespace tessarix::detail {
@@ -64,9 +64,9 @@ void RunReadingLoop(Body&& body) {
   try {
     body();
   } catch (const RuntimeFault& fault) {
-    RaiseLibraryError(fault.Kind() == FaultKind::TypeMismatch ? ErrorId::TypeMismatch : ErrorId::FileReadError);
+    RaiseLibraryError(fault.Kind() == FaultKind::TypeMismatch ? ErrorCode::TypeMismatch : ErrorCode::FileReadError);
   } catch (...) {
-    RaiseLibraryError(ErrorId::FileReadError);
+    RaiseLibraryError(ErrorCode::FileReadError);
   }
 }
 
@@ -74,15 +74,15 @@ void RunReadingLoop(Body&& body) {
 // "Subscript out of range" fault becomes `subscript_error`, anything else
 // 10011 "Error reading from file".
 template <class Body>
-void RunImportFrontEnd(ErrorId subscript_error, Body&& body) {
+void RunImportFrontEnd(ErrorCode subscript_error, Body&& body) {
   try {
     body();
   } catch (const Error&) {
     throw;
   } catch (const RuntimeFault& fault) {
-    RaiseLibraryError(fault.Kind() == FaultKind::SubscriptOutOfRange ? subscript_error : ErrorId::FileReadError);
+    RaiseLibraryError(fault.Kind() == FaultKind::SubscriptOutOfRange ? subscript_error : ErrorCode::FileReadError);
   } catch (...) {
-    RaiseLibraryError(ErrorId::FileReadError);
+    RaiseLibraryError(ErrorCode::FileReadError);
   }
 }
 

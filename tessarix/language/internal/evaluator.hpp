@@ -2,7 +2,7 @@
 // for one x with the current parameter values.
 #pragma once
 
-#include "tessarix/core/data_statistics.hpp"
+#include "tessarix/language/data_statistics.hpp"
 #include "tessarix/language/internal/model_program.hpp"
 
 namespace tessarix::detail {

@@ -7,7 +7,7 @@
 
 #include "tessarix/numerics/polynomials.hpp"
 #include "tessarix/platform/checked.hpp"
-#include "tessarix/platform/fault.hpp"
+#include "tessarix/foundation/fault.hpp"
 
 namespace tessarix::detail {
 

@@ -14,7 +14,7 @@
 #include <string_view>
 #include <vector>
 
-#include "tessarix/core/data_statistics.hpp"
+#include "tessarix/language/data_statistics.hpp"
 #include "tessarix/language/internal/function_table.hpp"
 
 namespace tessarix::detail {

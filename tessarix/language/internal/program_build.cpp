@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "tessarix/language/internal/compiler.hpp"
-#include "tessarix/platform/fault.hpp"
+#include "tessarix/foundation/fault.hpp"
 #include "tessarix/platform/rounding.hpp"
 
 namespace tessarix::detail {

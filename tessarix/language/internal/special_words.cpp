@@ -11,7 +11,7 @@
 #include "tessarix/numerics/gamma.hpp"
 #include "tessarix/numerics/polynomials.hpp"
 #include "tessarix/platform/checked.hpp"
-#include "tessarix/platform/fault.hpp"
+#include "tessarix/foundation/fault.hpp"
 #include "tessarix/platform/rounding.hpp"
 
 namespace tessarix::detail {

@@ -1,8 +1,8 @@
 #include "tessarix/language/internal/user_model.hpp"
 
-#include "tessarix/core/error_catalogue.hpp"
+#include "tessarix/foundation/error_catalogue.hpp"
 #include "tessarix/language/internal/compiler.hpp"
-#include "tessarix/language/locale_forms.hpp"
+#include "tessarix/language/internal/locale_forms.hpp"
 
 namespace tessarix::detail {
 
@@ -43,8 +43,8 @@ void PrepareDefinition(ModelProgram& program, const tessarix::ModelDefinition& d
   // A gap in the numbering is a fault even where nothing refers to it.
   for (int k = 1; k <= highest; ++k) {
     if (program.sub_texts[static_cast<std::size_t>(k)].empty()) {
-      throw ErrorFactory::Make(ErrorId::ModelMissingSub,
-                               ErrorMessage(ErrorId::ModelMissingSub) + " F" + std::to_string(k));
+      throw ErrorFactory::Make(ErrorCode::ModelMissingSub,
+                               ErrorMessage(ErrorCode::ModelMissingSub) + " F" + std::to_string(k));
     }
   }
 }
@@ -70,12 +70,12 @@ std::vector<std::string> CompileUserModel(ModelProgram& program, const SystemSep
     FinishProgram(program, static_cast<std::int32_t>(parameters.size()));
     return parameters;
   }
-  if (program.cyclic_flag) RaiseLibraryError(ErrorId::ModelCyclic);
-  if (program.undefined_sub_flag) RaiseLibraryError(ErrorId::ModelUndefinedSubReference);
-  if (program.model_syntax_flag) RaiseLibraryError(ErrorId::ModelSyntax);
-  if (!x_seen) RaiseLibraryError(ErrorId::ModelNoIndependentVariables);
-  if (!parameters.empty()) RaiseLibraryError(ErrorId::ModelSyntax);
-  RaiseLibraryError(ErrorId::ModelNoParameters);
+  if (program.cyclic_flag) RaiseLibraryError(ErrorCode::ModelCyclic);
+  if (program.undefined_sub_flag) RaiseLibraryError(ErrorCode::ModelUndefinedSubReference);
+  if (program.model_syntax_flag) RaiseLibraryError(ErrorCode::ModelSyntax);
+  if (!x_seen) RaiseLibraryError(ErrorCode::ModelNoIndependentVariables);
+  if (!parameters.empty()) RaiseLibraryError(ErrorCode::ModelSyntax);
+  RaiseLibraryError(ErrorCode::ModelNoParameters);
 }
 
 }  // namespace tessarix::detail

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "tessarix/core/enums.hpp"
+#include "tessarix/foundation/enums.hpp"
 #include "tessarix/language/internal/model_program.hpp"
 #include "tessarix/language/model_definition.hpp"
 #include "tessarix/platform/separators.hpp"

@@ -1,8 +1,8 @@
-#include "tessarix/platform/fault.hpp"
+#include "tessarix/foundation/fault.hpp"
 
 #include <new>
 
-#include "tessarix/core/error.hpp"
+#include "tessarix/foundation/error.hpp"
 
 namespace tessarix::detail {
 

@@ -5,11 +5,10 @@
 // formula selected by the evaluation code.
 #include <string>
 
-#include "tessarix/core/error_catalogue.hpp"
+#include "tessarix/foundation/error_catalogue.hpp"
 #include "tessarix/core/internal/nonlinear_regression_impl.hpp"
 #include "tessarix/core/nonlinear_regression.hpp"
-#include "tessarix/language/internal/install_text_model.hpp"
-#include "tessarix/language/internal/user_model.hpp"
+#include "tessarix/core/internal/install_text_model.hpp"
 #include "tessarix/models/model_catalogue.hpp"
 
 namespace tessarix {
@@ -37,9 +36,9 @@ void NonlinearRegression::DefineInternalModel(std::int32_t ModelID) {
   // The reset comes before the ID is looked at: an invalid ID leaves no model
   // at all, the earlier one gone.
   r.BeginDefinition();
-  detail::ResetLanguageFlags(r.model.program);
+  r.model.text.ResetFlags();
   const detail::InternalModelEntry* entry = LookupInternalModel(r.model, ModelID);
-  if (entry == nullptr) detail::RaiseLibraryError(detail::ErrorId::InvalidPredefinedModelId);
+  if (entry == nullptr) detail::RaiseLibraryError(ErrorCode::InvalidPredefinedModelId);
 
   tessarix::ModelDefinition definition;
   definition.SetY(std::string(entry->definition));

@@ -1,14 +1,12 @@
-#include "tessarix/language/internal/install_text_model.hpp"
+#include "tessarix/core/internal/install_text_model.hpp"
 
 #include <string>
 #include <vector>
 
-#include "tessarix/core/error_catalogue.hpp"
-#include "tessarix/core/error_handler.hpp"
+#include "tessarix/foundation/error_catalogue.hpp"
+#include "tessarix/foundation/error_handler.hpp"
 #include "tessarix/core/internal/nonlinear_regression_impl.hpp"
 #include "tessarix/core/internal/parameter_access.hpp"
-#include "tessarix/language/internal/evaluator.hpp"
-#include "tessarix/language/internal/user_model.hpp"
 #include "tessarix/platform/rounding.hpp"
 #include "tessarix/platform/separators.hpp"
 
@@ -20,11 +18,9 @@ void InstallTextModel(NonlinearRegressionImpl& r, const tessarix::ModelDefinitio
   RunUnderHandler(
       [&] {
         const SystemSeparators& separators = CurrentSeparators();
-        PrepareDefinition(r.model.program, definition, locale, separators, r.model.definition_english,
-                          r.model.definition_local);
-        const std::vector<std::string> names = CompileUserModel(r.model.program, separators);
+        const std::vector<std::string> names = r.model.text.Define(definition, locale, separators, r.model.definition_english,
+                                                                   r.model.definition_local);
         const std::int16_t count = ToCounter16(static_cast<std::int64_t>(names.size()));
-        PrepareScratch(r.model.program, r.model.scratch);
         // Allocated for every kind of model, so that numerical differentiation
         // (the post-fit queries) finds it whatever the kind.
         r.model.derivative_table.Resize(kDerivativeTableSize, kDerivativeTableSize);

@@ -1,4 +1,4 @@
-#include "tessarix/core/error_catalogue.hpp"
+#include "tessarix/foundation/error_catalogue.hpp"
 
 #include <utility>
 
@@ -52,29 +52,29 @@ const std::array<CatalogueEntry, 42> kErrorCatalogue = {{
 namespace {
 // The catalogue is indexed by help context; a row out of step is a build error.
 constexpr bool CatalogueInStep() {
-  return static_cast<std::int32_t>(ErrorId::ExpectedVariantArray) - kFirstHelpContext + 1 == 42 &&
-         static_cast<std::int32_t>(ErrorId::GeneralError) == kFirstHelpContext;
+  return static_cast<std::int32_t>(ErrorCode::ExpectedVariantArray) - kFirstHelpContext + 1 == 42 &&
+         static_cast<std::int32_t>(ErrorCode::GeneralError) == kFirstHelpContext;
 }
 static_assert(CatalogueInStep());
 }  // namespace
 
-const CatalogueEntry& CatalogueEntryFor(ErrorId id) {
+const CatalogueEntry& CatalogueEntryFor(ErrorCode id) {
   return kErrorCatalogue[static_cast<std::size_t>(static_cast<std::int32_t>(id) - kFirstHelpContext)];
 }
 
-std::string ErrorMessage(ErrorId id) { return std::string(CatalogueEntryFor(id).description); }
+std::string ErrorMessage(ErrorCode id) { return std::string(CatalogueEntryFor(id).description); }
 
-Error ErrorFactory::Make(ErrorId id, std::string description) {
+Error ErrorFactory::Make(ErrorCode id, std::string description) {
   const CatalogueEntry& entry = CatalogueEntryFor(id);
   return Error(entry.number, entry.help_context, std::move(description));
 }
 
-void RaiseLibraryError(ErrorId id) { throw ErrorFactory::Make(id, ErrorMessage(id)); }
+void RaiseLibraryError(ErrorCode id) { throw ErrorFactory::Make(id, ErrorMessage(id)); }
 
 void RaiseGeneralError(std::string_view description) {
   std::string text(kGeneralErrorPrefix);
   text += description;
-  throw ErrorFactory::Make(ErrorId::GeneralError, std::move(text));
+  throw ErrorFactory::Make(ErrorCode::GeneralError, std::move(text));
 }
 
 }  // namespace tessarix::detail

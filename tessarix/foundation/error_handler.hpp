@@ -9,9 +9,9 @@
 #include <string>
 #include <utility>
 
-#include "tessarix/core/error.hpp"
-#include "tessarix/core/error_catalogue.hpp"
-#include "tessarix/platform/fault.hpp"
+#include "tessarix/foundation/error.hpp"
+#include "tessarix/foundation/error_catalogue.hpp"
+#include "tessarix/foundation/fault.hpp"
 
 namespace tessarix::detail {
 

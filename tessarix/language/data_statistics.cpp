@@ -1,4 +1,4 @@
-#include "tessarix/core/data_statistics.hpp"
+#include "tessarix/language/data_statistics.hpp"
 
 #include <cmath>
 

@@ -1,4 +1,4 @@
-#include "tessarix/core/global_constants.hpp"
+#include "tessarix/foundation/global_constants.hpp"
 
 #include "tessarix/version.hpp"
 

@@ -1,8 +1,8 @@
-#include "tessarix/core/error.hpp"
+#include "tessarix/foundation/error.hpp"
 
 #include <utility>
 
-#include "tessarix/core/error_catalogue.hpp"
+#include "tessarix/foundation/error_catalogue.hpp"
 
 namespace tessarix {
 

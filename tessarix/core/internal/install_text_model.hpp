@@ -2,7 +2,7 @@
 // and the catalogue's pre-defined models share.
 #pragma once
 
-#include "tessarix/core/enums.hpp"
+#include "tessarix/foundation/enums.hpp"
 #include "tessarix/language/model_definition.hpp"
 
 namespace tessarix::detail {

@@ -7,8 +7,7 @@
 
 #include "tessarix/core/internal/nonlinear_regression_impl.hpp"
 #include "tessarix/core/nonlinear_regression.hpp"
-#include "tessarix/language/internal/install_text_model.hpp"
-#include "tessarix/language/internal/user_model.hpp"
+#include "tessarix/core/internal/install_text_model.hpp"
 
 namespace tessarix {
 
@@ -24,7 +23,7 @@ void NonlinearRegression::DefineUserModel(const std::string& Definition, InputLo
 void NonlinearRegression::DefineUserModelSub(const tessarix::ModelDefinition& Definition, InputLocaleEnum Locale) {
   detail::NonlinearRegressionImpl& r = *impl_;
   r.BeginDefinition();
-  detail::ResetLanguageFlags(r.model.program);
+  r.model.text.ResetFlags();
   r.model.type = tsxModelUser;
   r.model.model_file_label = "User Model: " + Definition.Y();
   r.model.model_text.clear();
