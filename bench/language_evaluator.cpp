@@ -82,9 +82,7 @@ void BM_ExpSin_Text(benchmark::State& s) { RunText(s, "a*exp(-b*x)+c*sin(d*x)", 
 void BM_ExpSin_Cpp(benchmark::State& s) {
   RunNative(s, [](double x) { return a_ * std::exp(-b_ * x) + c_ * std::sin(d_ * x); });
 }
-void BM_IfSub_Text(benchmark::State& s) {
-  RunText(s, "if(x>c,F1,0)+d*F1", {"a*exp(-b*x)"}, {2.0, 0.3, 5.0, 1.7});
-}
+void BM_IfSub_Text(benchmark::State& s) { RunText(s, "if(x>c,F1,0)+d*F1", {"a*exp(-b*x)"}, {2.0, 0.3, 5.0, 1.7}); }
 void BM_IfSub_Cpp(benchmark::State& s) {
   RunNative(s, [](double x) {
     const double f1 = a_ * std::exp(-b_ * x);
@@ -93,9 +91,8 @@ void BM_IfSub_Cpp(benchmark::State& s) {
 }
 void BM_BesselGamma_Text(benchmark::State& s) { RunText(s, "a*j0(b*x)+c*gammaln(d+x)", {}, {2.0, 0.3, 0.5, 1.7}); }
 void BM_BesselGamma_Cpp(benchmark::State& s) {
-  RunNative(s, [](double x) {
-    return a_ * tessarix::detail::BesselJ0(b_ * x) + c_ * tessarix::detail::GammaLn(d_ + x);
-  });
+  RunNative(s,
+            [](double x) { return a_ * tessarix::detail::BesselJ0(b_ * x) + c_ * tessarix::detail::GammaLn(d_ + x); });
 }
 
 BENCHMARK(BM_Linear_Text);

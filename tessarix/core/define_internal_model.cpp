@@ -5,10 +5,10 @@
 // formula selected by the evaluation code.
 #include <string>
 
-#include "tessarix/foundation/error_catalogue.hpp"
+#include "tessarix/core/internal/install_text_model.hpp"
 #include "tessarix/core/internal/nonlinear_regression_impl.hpp"
 #include "tessarix/core/nonlinear_regression.hpp"
-#include "tessarix/core/internal/install_text_model.hpp"
+#include "tessarix/foundation/error_catalogue.hpp"
 #include "tessarix/models/model_catalogue.hpp"
 
 namespace tessarix {

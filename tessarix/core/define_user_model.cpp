@@ -5,9 +5,9 @@
 // object clears only the language's flags.
 #include <string>
 
+#include "tessarix/core/internal/install_text_model.hpp"
 #include "tessarix/core/internal/nonlinear_regression_impl.hpp"
 #include "tessarix/core/nonlinear_regression.hpp"
-#include "tessarix/core/internal/install_text_model.hpp"
 
 namespace tessarix {
 

@@ -4,13 +4,13 @@
 #include <string>
 #include <vector>
 
-#include "tessarix/foundation/error_catalogue.hpp"
-#include "tessarix/foundation/error_handler.hpp"
 #include "tessarix/core/internal/nonlinear_regression_impl.hpp"
 #include "tessarix/core/internal/parameter_access.hpp"
 #include "tessarix/core/nonlinear_regression.hpp"
-#include "tessarix/platform/checked.hpp"
+#include "tessarix/foundation/error_catalogue.hpp"
+#include "tessarix/foundation/error_handler.hpp"
 #include "tessarix/foundation/fault.hpp"
+#include "tessarix/platform/checked.hpp"
 #include "tessarix/platform/rounding.hpp"
 
 namespace tessarix {
@@ -19,8 +19,8 @@ namespace {
 
 // The definition after its guards; `names` reads name i of `count`.
 template <class NameAt>
-void DefineExternal(detail::NonlinearRegressionImpl& r, std::int32_t count, NameAt&& name_at,
-                    bool external_derivatives, bool alternative_events) {
+void DefineExternal(detail::NonlinearRegressionImpl& r, std::int32_t count, NameAt&& name_at, bool external_derivatives,
+                    bool alternative_events) {
   using detail::ParameterAccess;
   detail::ModelState& m = r.model;
   m.type = tsxModelExternal;
@@ -59,8 +59,8 @@ void NonlinearRegression::DefineExternalModel(std::span<const std::string> Param
         if (Parameters.empty()) detail::RaiseFault(detail::FaultKind::SubscriptOutOfRange);
         const auto count = static_cast<std::int32_t>(Parameters.size());
         DefineExternal(
-            *impl_, count, [&](std::int32_t i) { return Parameters[static_cast<std::size_t>(i)]; },
-            ExternalDerivatives, false);
+            *impl_, count, [&](std::int32_t i) { return Parameters[static_cast<std::size_t>(i)]; }, ExternalDerivatives,
+            false);
       },
       DefinitionUndo(*impl_));
 }

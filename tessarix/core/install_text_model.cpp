@@ -3,23 +3,22 @@
 #include <string>
 #include <vector>
 
-#include "tessarix/foundation/error_catalogue.hpp"
-#include "tessarix/foundation/error_handler.hpp"
 #include "tessarix/core/internal/nonlinear_regression_impl.hpp"
 #include "tessarix/core/internal/parameter_access.hpp"
+#include "tessarix/foundation/error_catalogue.hpp"
+#include "tessarix/foundation/error_handler.hpp"
 #include "tessarix/platform/rounding.hpp"
 #include "tessarix/platform/separators.hpp"
 
 namespace tessarix::detail {
 
-void InstallTextModel(NonlinearRegressionImpl& r, const tessarix::ModelDefinition& definition,
-                      InputLocaleEnum locale) {
+void InstallTextModel(NonlinearRegressionImpl& r, const tessarix::ModelDefinition& definition, InputLocaleEnum locale) {
   r.model.definition_failed = true;
   RunUnderHandler(
       [&] {
         const SystemSeparators& separators = CurrentSeparators();
-        const std::vector<std::string> names = r.model.text.Define(definition, locale, separators, r.model.definition_english,
-                                                                   r.model.definition_local);
+        const std::vector<std::string> names =
+            r.model.text.Define(definition, locale, separators, r.model.definition_english, r.model.definition_local);
         const std::int16_t count = ToCounter16(static_cast<std::int64_t>(names.size()));
         // Allocated for every kind of model, so that numerical differentiation
         // (the post-fit queries) finds it whatever the kind.

@@ -6,10 +6,10 @@
 
 #include <string>
 
+#include "tessarix/foundation/fault.hpp"
 #include "tessarix/numerics/internal_failure.hpp"
 #include "tessarix/numerics/linear_algebra.hpp"
 #include "tessarix/platform/checked.hpp"
-#include "tessarix/foundation/fault.hpp"
 #include "tessarix/platform/rounding.hpp"
 
 namespace tessarix::detail {
@@ -94,7 +94,8 @@ void MarquardtStep(RegressionCore& core, RunModel& model, std::int32_t n, Vector
     if (failed) RaiseInternalFailure();
     s.old_merit = chisq;
     CheckFixedIndex(parameter_count);
-    for (std::int32_t j = 1; j <= parameter_count; ++j) s.atry[static_cast<std::size_t>(j)] = a[static_cast<std::size_t>(j)];
+    for (std::int32_t j = 1; j <= parameter_count; ++j)
+      s.atry[static_cast<std::size_t>(j)] = a[static_cast<std::size_t>(j)];
   }
   const std::int32_t fitted = s.fitted_count;
   for (std::int32_t j = 1; j <= fitted; ++j) {
@@ -126,7 +127,8 @@ void MarquardtStep(RegressionCore& core, RunModel& model, std::int32_t n, Vector
       for (std::int32_t k = 1; k <= fitted; ++k) alpha(jj, k) = covar(jj, k);
       s.beta[static_cast<std::size_t>(jj)] = s.da[static_cast<std::size_t>(jj)];
     }
-    for (std::int32_t l = 1; l <= parameter_count; ++l) a[static_cast<std::size_t>(l)] = s.atry[static_cast<std::size_t>(l)];
+    for (std::int32_t l = 1; l <= parameter_count; ++l)
+      a[static_cast<std::size_t>(l)] = s.atry[static_cast<std::size_t>(l)];
   } else {
     lambda = Checked(lambda * 10.0);
     chisq = s.old_merit;

@@ -11,9 +11,9 @@
 #include <cmath>
 
 #include "tessarix/core/internal/nonlinear_regression_impl.hpp"
+#include "tessarix/foundation/fault.hpp"
 #include "tessarix/numerics/extrapolated_derivative.hpp"
 #include "tessarix/numerics/internal_failure.hpp"
-#include "tessarix/foundation/fault.hpp"
 
 namespace tessarix::detail {
 
@@ -22,9 +22,15 @@ bool NonlinearRegressionImpl::EvaluateModel(double x_value, double& y) {
   double value = 0.0;
   const bool ran = SucceedsWithoutFault([&] {
     switch (model.type) {
-      case tsxModelUser: ok = EvaluateUserModel(*this, x_value, value); break;
-      case tsxModelInternal: ok = EvaluateInternalModel(*this, x_value, value); break;
-      case tsxModelExternal: ok = EvaluateExternalModel(*this, x_value, value); break;
+      case tsxModelUser:
+        ok = EvaluateUserModel(*this, x_value, value);
+        break;
+      case tsxModelInternal:
+        ok = EvaluateInternalModel(*this, x_value, value);
+        break;
+      case tsxModelExternal:
+        ok = EvaluateExternalModel(*this, x_value, value);
+        break;
     }
   });
   // No kind may hand a NaN or an infinity on as a model value.
@@ -69,11 +75,13 @@ bool NumericalParameterDerivatives(NonlinearRegressionImpl& r, double x_value, c
 
 bool NonlinearRegressionImpl::ParameterDerivatives(double x_value, const std::int32_t* ia, double* dyda) {
   switch (model.type) {
-    case tsxModelInternal: return InternalModelDerivatives(*this, x_value, dyda);
+    case tsxModelInternal:
+      return InternalModelDerivatives(*this, x_value, dyda);
     case tsxModelExternal:
       if (model.external_derivatives) return ExternalModelDerivatives(*this, x_value, dyda);
       return NumericalParameterDerivatives(*this, x_value, ia, dyda);
-    case tsxModelUser: return NumericalParameterDerivatives(*this, x_value, ia, dyda);
+    case tsxModelUser:
+      return NumericalParameterDerivatives(*this, x_value, ia, dyda);
   }
   return false;
 }

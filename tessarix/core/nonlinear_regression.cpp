@@ -4,9 +4,9 @@
 
 #include <cmath>
 
-#include "tessarix/foundation/error_catalogue.hpp"
 #include "tessarix/core/internal/nonlinear_regression_impl.hpp"
 #include "tessarix/core/internal/parameter_access.hpp"
+#include "tessarix/foundation/error_catalogue.hpp"
 #include "tessarix/foundation/fault.hpp"
 #include "tessarix/platform/number_text.hpp"
 

@@ -16,19 +16,18 @@
 //   10034 the member is not valid for an external model.
 #pragma once
 
-#include "tessarix/foundation/export.hpp"
-
 #include <cstdint>
 #include <memory>
 #include <span>
 #include <string>
 #include <vector>
 
-#include "tessarix/foundation/enums.hpp"
-#include "tessarix/foundation/error.hpp"
 #include "tessarix/core/events.hpp"
 #include "tessarix/core/regression_parameters.hpp"
 #include "tessarix/data/data_collection.hpp"
+#include "tessarix/foundation/enums.hpp"
+#include "tessarix/foundation/error.hpp"
+#include "tessarix/foundation/export.hpp"
 #include "tessarix/language/model_definition.hpp"
 #include "tessarix/platform/variant.hpp"
 
@@ -111,8 +110,7 @@ class TESSARIX_API NonlinearRegression {
   // 10042 and leaves LastSolveError at "42"; an element that does not
   // convert to a Double raises 10001.
   void FitAlt(const Variant& XObservations, const Variant& YObservations);
-  void FitWeightedAlt(const Variant& XObservations, const Variant& YObservations,
-                      const Variant& StandardDeviations);
+  void FitWeightedAlt(const Variant& XObservations, const Variant& YObservations, const Variant& StandardDeviations);
   // The series whose RegressionKey is "x", "y" and (optional, weights) "sd"
   // (letter case ignored). Raises 10024 without x, 10026 without y, 10012 for
   // series of different lengths.

@@ -4,16 +4,15 @@
 #include <string>
 #include <vector>
 
-#include "tessarix/foundation/error_catalogue.hpp"
-#include "tessarix/foundation/error_handler.hpp"
 #include "tessarix/core/internal/nonlinear_regression_impl.hpp"
 #include "tessarix/core/nonlinear_regression.hpp"
 #include "tessarix/data/data_access.hpp"
-#include "tessarix/numerics/weights.hpp"
+#include "tessarix/foundation/error_catalogue.hpp"
+#include "tessarix/foundation/error_handler.hpp"
 #include "tessarix/foundation/fault.hpp"
+#include "tessarix/numerics/weights.hpp"
 
 namespace tessarix {
-
 
 namespace {
 

@@ -4,10 +4,10 @@
 #include <cmath>
 #include <vector>
 
-#include "tessarix/foundation/error_catalogue.hpp"
-#include "tessarix/foundation/error_handler.hpp"
 #include "tessarix/core/internal/nonlinear_regression_impl.hpp"
 #include "tessarix/core/nonlinear_regression.hpp"
+#include "tessarix/foundation/error_catalogue.hpp"
+#include "tessarix/foundation/error_handler.hpp"
 #include "tessarix/queries/find_roots.hpp"
 #include "tessarix/queries/ridder_derivative.hpp"
 #include "tessarix/queries/romberg_integrate.hpp"
@@ -39,8 +39,8 @@ double ValueAt(Impl& r, double x) {
 std::vector<double> Roots(Impl& r, double y, double lower, double upper, std::int32_t intervals) {
   GuardQuery(r);
   if (intervals < 3) RaiseLibraryError(ErrorCode::InvalidArgument);
-  return detail::RunUnderHandler(
-      [&] { return detail::FindRoots(Curve(r), lower, upper, y, intervals); }, [](const std::string&) {});
+  return detail::RunUnderHandler([&] { return detail::FindRoots(Curve(r), lower, upper, y, intervals); },
+                                 [](const std::string&) {});
 }
 
 }  // namespace

@@ -4,8 +4,8 @@
 
 #include "tessarix/core/internal/parameter_access.hpp"
 #include "tessarix/core/regression_parameters.hpp"
-#include "tessarix/data/data_collection.hpp"
 #include "tessarix/data/data_access.hpp"
+#include "tessarix/data/data_collection.hpp"
 
 namespace tessarix::detail {
 

@@ -2,12 +2,12 @@
 
 #include <cmath>
 
+#include "tessarix/core/internal/parameter_access.hpp"
 #include "tessarix/foundation/error_catalogue.hpp"
 #include "tessarix/foundation/error_handler.hpp"
-#include "tessarix/core/internal/parameter_access.hpp"
+#include "tessarix/foundation/fault.hpp"
 #include "tessarix/numerics/distributions.hpp"
 #include "tessarix/platform/checked.hpp"
-#include "tessarix/foundation/fault.hpp"
 #include "tessarix/platform/rounding.hpp"
 #include "tessarix/platform/text_case.hpp"
 
@@ -97,8 +97,7 @@ void RegressionParameters::SetDefaultEstimates() {
   for (const auto& p : items_) detail::ParameterAccess::ResetEstimate(*p);
 }
 
-double RegressionParameters::CalculateCovariance(const Variant& ParameterIndex1,
-                                                 const Variant& ParameterIndex2) const {
+double RegressionParameters::CalculateCovariance(const Variant& ParameterIndex1, const Variant& ParameterIndex2) const {
   if (!solved_) RaiseLibraryError(ErrorCode::ModelNotSolved);
   return detail::RunUnderHandler([&] {
     // Each argument is looked up, and then its position found again by its

@@ -3,14 +3,13 @@
 // collection that the regression object owns.
 #pragma once
 
-#include "tessarix/foundation/export.hpp"
-
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "tessarix/foundation/enums.hpp"
+#include "tessarix/foundation/export.hpp"
 #include "tessarix/platform/variant.hpp"
 
 namespace tessarix {
@@ -87,9 +86,7 @@ class TESSARIX_API RegressionParameters {
   // A parameter by one-based position (a number) or by name (a string, letter
   // case ignored). Raises 10002 "Invalid key or index" when there is none.
   std::shared_ptr<RegressionParameter> Item(const Variant& ParameterIndex) const;
-  std::shared_ptr<RegressionParameter> operator[](const Variant& ParameterIndex) const {
-    return Item(ParameterIndex);
-  }
+  std::shared_ptr<RegressionParameter> operator[](const Variant& ParameterIndex) const { return Item(ParameterIndex); }
 
   // The number of parameters.
   std::int32_t Count() const;

@@ -4,10 +4,10 @@
 #include <cmath>
 #include <vector>
 
-#include "tessarix/foundation/global_constants.hpp"
 #include "tessarix/core/internal/marquardt.hpp"
 #include "tessarix/core/internal/parameter_access.hpp"
 #include "tessarix/core/regression_parameters.hpp"
+#include "tessarix/foundation/global_constants.hpp"
 #include "tessarix/numerics/distributions.hpp"
 #include "tessarix/platform/checked.hpp"
 #include "tessarix/platform/clock.hpp"
@@ -20,13 +20,19 @@ namespace {
 
 void AppendOpening(RegressionCore& core, RunModel& model) {
   core.AppendLine("Tessarix version " + IntegerText(GlobalConstants::tsxMajorVersion()) + "." +
-                  IntegerText(GlobalConstants::tsxMinorVersion()) + "." +
-                  IntegerText(GlobalConstants::tsxRevision()) + " (" + std::string(model.ClassName()) + " object)");
+                  IntegerText(GlobalConstants::tsxMinorVersion()) + "." + IntegerText(GlobalConstants::tsxRevision()) +
+                  " (" + std::string(model.ClassName()) + " object)");
   core.AppendLine("Date/Time: " + CurrentDateTimeText());
   switch (model.Type()) {
-    case tsxModelUser: core.AppendLine("Beginning solution for user defined model " + model.ModelText()); break;
-    case tsxModelInternal: core.AppendLine("Beginning solution for pre-defined model " + model.ModelText()); break;
-    case tsxModelExternal: core.AppendLine("Beginning solution for external model"); break;
+    case tsxModelUser:
+      core.AppendLine("Beginning solution for user defined model " + model.ModelText());
+      break;
+    case tsxModelInternal:
+      core.AppendLine("Beginning solution for pre-defined model " + model.ModelText());
+      break;
+    case tsxModelExternal:
+      core.AppendLine("Beginning solution for external model");
+      break;
   }
 }
 

@@ -2,10 +2,10 @@
 // row per observation.
 #include <vector>
 
-#include "tessarix/foundation/error_catalogue.hpp"
-#include "tessarix/data/data_collection.hpp"
 #include "tessarix/data/data_access.hpp"
+#include "tessarix/data/data_collection.hpp"
 #include "tessarix/data/internal/operation_handler.hpp"
+#include "tessarix/foundation/error_catalogue.hpp"
 #include "tessarix/platform/checked.hpp"
 
 namespace tessarix {

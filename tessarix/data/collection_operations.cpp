@@ -2,12 +2,12 @@
 #include <numeric>
 #include <vector>
 
-#include "tessarix/foundation/error_catalogue.hpp"
-#include "tessarix/foundation/error_handler.hpp"
-#include "tessarix/data/data_collection.hpp"
 #include "tessarix/data/data_access.hpp"
+#include "tessarix/data/data_collection.hpp"
 #include "tessarix/data/internal/logical_test.hpp"
 #include "tessarix/data/internal/operation_handler.hpp"
+#include "tessarix/foundation/error_catalogue.hpp"
+#include "tessarix/foundation/error_handler.hpp"
 #include "tessarix/numerics/sort_values.hpp"
 #include "tessarix/platform/checked.hpp"
 

@@ -2,10 +2,10 @@
 #include <algorithm>
 #include <vector>
 
-#include "tessarix/foundation/error_catalogue.hpp"
-#include "tessarix/data/data_collection.hpp"
 #include "tessarix/data/data_access.hpp"
+#include "tessarix/data/data_collection.hpp"
 #include "tessarix/data/internal/text_import.hpp"
+#include "tessarix/foundation/error_catalogue.hpp"
 #include "tessarix/platform/line_reader.hpp"
 #include "tessarix/platform/number_format.hpp"
 #include "tessarix/platform/text_writer.hpp"

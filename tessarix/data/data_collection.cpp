@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
+#include "tessarix/data/data_access.hpp"
 #include "tessarix/foundation/error_catalogue.hpp"
 #include "tessarix/foundation/error_handler.hpp"
-#include "tessarix/data/data_access.hpp"
 #include "tessarix/platform/text_case.hpp"
 
 namespace tessarix {

@@ -4,8 +4,6 @@
 // read-only collection.
 #pragma once
 
-#include "tessarix/foundation/export.hpp"
-
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -13,9 +11,10 @@
 #include <unordered_map>
 #include <vector>
 
+#include "tessarix/data/data_series.hpp"
 #include "tessarix/foundation/enums.hpp"
 #include "tessarix/foundation/error.hpp"
-#include "tessarix/data/data_series.hpp"
+#include "tessarix/foundation/export.hpp"
 #include "tessarix/platform/matrix.hpp"
 #include "tessarix/platform/variant.hpp"
 

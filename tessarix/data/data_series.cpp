@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <limits>
 
+#include "tessarix/data/internal/operation_handler.hpp"
 #include "tessarix/foundation/error_catalogue.hpp"
 #include "tessarix/foundation/error_handler.hpp"
-#include "tessarix/data/internal/operation_handler.hpp"
 #include "tessarix/platform/checked.hpp"
 #include "tessarix/platform/number_format.hpp"
 #include "tessarix/platform/number_text.hpp"

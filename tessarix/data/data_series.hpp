@@ -3,8 +3,6 @@
 // series and publish their result tables as series.
 #pragma once
 
-#include "tessarix/foundation/export.hpp"
-
 #include <array>
 #include <cstdint>
 #include <memory>
@@ -14,6 +12,7 @@
 
 #include "tessarix/foundation/enums.hpp"
 #include "tessarix/foundation/error.hpp"
+#include "tessarix/foundation/export.hpp"
 #include "tessarix/platform/variant.hpp"
 
 namespace tessarix {

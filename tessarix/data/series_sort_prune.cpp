@@ -1,12 +1,11 @@
 // Sort and Prune of a single series.
-#include "tessarix/foundation/error_catalogue.hpp"
 #include "tessarix/data/data_series.hpp"
 #include "tessarix/data/internal/logical_test.hpp"
 #include "tessarix/data/internal/operation_handler.hpp"
+#include "tessarix/foundation/error_catalogue.hpp"
 #include "tessarix/numerics/sort_values.hpp"
 
 namespace tessarix {
-
 
 void DataSeries::Sort(SortTypeEnum SortDirection) {
   GuardWritable();

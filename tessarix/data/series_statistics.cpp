@@ -2,8 +2,8 @@
 #include <cmath>
 #include <vector>
 
-#include "tessarix/foundation/error_catalogue.hpp"
 #include "tessarix/data/data_series.hpp"
+#include "tessarix/foundation/error_catalogue.hpp"
 #include "tessarix/numerics/power.hpp"
 #include "tessarix/numerics/sort_values.hpp"
 #include "tessarix/platform/checked.hpp"

@@ -1,13 +1,12 @@
 // Text import and export of a single series.
-#include "tessarix/foundation/error_catalogue.hpp"
 #include "tessarix/data/data_series.hpp"
 #include "tessarix/data/internal/text_import.hpp"
+#include "tessarix/foundation/error_catalogue.hpp"
 #include "tessarix/platform/line_reader.hpp"
 #include "tessarix/platform/number_format.hpp"
 #include "tessarix/platform/text_writer.hpp"
 
 namespace tessarix {
-
 
 void DataSeries::ImportFromFile(const std::string& FilePath, bool AppendData, const std::string& DecimalSeparator,
                                 const std::string& DateSeparator) {

@@ -3,10 +3,10 @@
 // through, so a fault at any element leaves the series exactly as it was.
 #include <vector>
 
+#include "tessarix/data/data_access.hpp"
+#include "tessarix/data/data_series.hpp"
 #include "tessarix/foundation/error_catalogue.hpp"
 #include "tessarix/foundation/error_handler.hpp"
-#include "tessarix/data/data_series.hpp"
-#include "tessarix/data/data_access.hpp"
 #include "tessarix/platform/checked.hpp"
 
 namespace tessarix {

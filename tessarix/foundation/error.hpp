@@ -1,13 +1,12 @@
 // The one error type that reaches a host.
 #pragma once
 
-#include "tessarix/foundation/export.hpp"
-
 #include <cstdint>
 #include <exception>
 #include <string>
 
 #include "tessarix/foundation/error_code.hpp"
+#include "tessarix/foundation/export.hpp"
 
 namespace tessarix {
 

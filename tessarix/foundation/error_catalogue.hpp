@@ -12,7 +12,6 @@
 
 namespace tessarix::detail {
 
-
 struct CatalogueEntry {
   std::int32_t help_context;
   std::uint32_t number;

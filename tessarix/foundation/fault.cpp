@@ -8,12 +8,18 @@ namespace tessarix::detail {
 
 const char* FaultDescription(FaultKind kind) noexcept {
   switch (kind) {
-    case FaultKind::Overflow: return "Overflow";
-    case FaultKind::DivisionByZero: return "Division by zero";
-    case FaultKind::InvalidCall: return "Invalid procedure call or argument";
-    case FaultKind::SubscriptOutOfRange: return "Subscript out of range";
-    case FaultKind::TypeMismatch: return "Type mismatch";
-    case FaultKind::Other: break;
+    case FaultKind::Overflow:
+      return "Overflow";
+    case FaultKind::DivisionByZero:
+      return "Division by zero";
+    case FaultKind::InvalidCall:
+      return "Invalid procedure call or argument";
+    case FaultKind::SubscriptOutOfRange:
+      return "Subscript out of range";
+    case FaultKind::TypeMismatch:
+      return "Type mismatch";
+    case FaultKind::Other:
+      break;
   }
   return "Unknown error";
 }

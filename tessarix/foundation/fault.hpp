@@ -25,8 +25,7 @@ const char* FaultDescription(FaultKind kind) noexcept;
 class RuntimeFault : public std::exception {
  public:
   explicit RuntimeFault(FaultKind kind) : kind_(kind), description_(FaultDescription(kind)) {}
-  explicit RuntimeFault(std::string description)
-      : kind_(FaultKind::Other), description_(std::move(description)) {}
+  explicit RuntimeFault(std::string description) : kind_(FaultKind::Other), description_(std::move(description)) {}
 
   FaultKind Kind() const noexcept { return kind_; }
   const std::string& Description() const noexcept { return description_; }

@@ -1,10 +1,10 @@
 // Library constants, available without creating anything.
 #pragma once
 
-#include "tessarix/foundation/export.hpp"
-
 #include <cstdint>
 #include <string>
+
+#include "tessarix/foundation/export.hpp"
 
 namespace tessarix {
 

@@ -8,20 +8,34 @@ namespace tessarix::detail {
 
 double DataStatistics::Lookup(DataWord word) const {
   switch (word) {
-    case DataWord::XMin: return xmin;
-    case DataWord::XMax: return xmax;
-    case DataWord::YMin: return ymin;
-    case DataWord::YMax: return ymax;
-    case DataWord::XMean: return xmean;
-    case DataWord::YMean: return ymean;
-    case DataWord::XStd: return xstd;
-    case DataWord::YStd: return ystd;
-    case DataWord::XAtYMin: return xatymin;
-    case DataWord::XAtYMax: return xatymax;
-    case DataWord::YAtXMin: return yatxmin;
-    case DataWord::YAtXMax: return yatxmax;
-    case DataWord::XRange: return std::fabs(Checked(xmax - xmin));
-    case DataWord::YRange: return std::fabs(Checked(ymax - ymin));
+    case DataWord::XMin:
+      return xmin;
+    case DataWord::XMax:
+      return xmax;
+    case DataWord::YMin:
+      return ymin;
+    case DataWord::YMax:
+      return ymax;
+    case DataWord::XMean:
+      return xmean;
+    case DataWord::YMean:
+      return ymean;
+    case DataWord::XStd:
+      return xstd;
+    case DataWord::YStd:
+      return ystd;
+    case DataWord::XAtYMin:
+      return xatymin;
+    case DataWord::XAtYMax:
+      return xatymax;
+    case DataWord::YAtXMin:
+      return yatxmin;
+    case DataWord::YAtXMax:
+      return yatxmax;
+    case DataWord::XRange:
+      return std::fabs(Checked(xmax - xmin));
+    case DataWord::YRange:
+      return std::fabs(Checked(ymax - ymin));
   }
   return 0.0;
 }

@@ -9,14 +9,27 @@ namespace tessarix::detail {
 
 // ORDER: the data words of the language map onto these in this order.
 enum class DataWord : std::uint8_t {
-  XMin, XMax, YMin, YMax, XMean, YMean, XStd, YStd, XAtYMin, XAtYMax, YAtXMin, YAtXMax, XRange, YRange,
+  XMin,
+  XMax,
+  YMin,
+  YMax,
+  XMean,
+  YMean,
+  XStd,
+  YStd,
+  XAtYMin,
+  XAtYMax,
+  YAtXMin,
+  YAtXMax,
+  XRange,
+  YRange,
 };
 inline constexpr int kDataWordCount = 14;
 
 struct DataStatistics {
   double xmin = 0, xmax = 0, ymin = 0, ymax = 0;
   double xmean = 0, ymean = 0;
-  double xstd = 0, ystd = 0;  // sample standard deviations, divisor n - 1
+  double xstd = 0, ystd = 0;        // sample standard deviations, divisor n - 1
   double xatymin = 0, xatymax = 0;  // x of the first observation holding the smallest / largest y
   double yatxmin = 0, yatxmax = 0;  // y of the first observation holding the smallest / largest x
 

@@ -2,10 +2,10 @@
 // and a description.
 #pragma once
 
-#include "tessarix/foundation/export.hpp"
-
 #include <array>
 #include <string>
+
+#include "tessarix/foundation/export.hpp"
 
 namespace tessarix {
 

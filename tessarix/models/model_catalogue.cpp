@@ -1,13 +1,11 @@
 #include "tessarix/models/model_catalogue.hpp"
 
+#include <array>
 #include <string>
 #include <vector>
 
-#include "tessarix/models/predefined_models.hpp"
-
-#include <array>
-
 #include "tessarix/models/internal/linear_terms.hpp"
+#include "tessarix/models/predefined_models.hpp"
 
 namespace tessarix::detail {
 namespace {

@@ -13,8 +13,8 @@
 
 namespace tessarix::detail {
 
-inline constexpr double kDerivativeStepFactor = 3.684e-06;  // relative first step; absolute at 0
-inline constexpr double kDerivativeStepShrink = 1.4;         // ratio of successive steps
+inline constexpr double kDerivativeStepFactor = 3.684e-06;    // relative first step; absolute at 0
+inline constexpr double kDerivativeStepShrink = 1.4;          // ratio of successive steps
 inline constexpr double kDerivativeStepShrinkSquared = 1.96;  // ratio of the extrapolation
 inline constexpr std::int32_t kDerivativeTableRows = 10;
 inline constexpr double kDerivativeSafeFactor = 2.0;  // stop when the error grows by this factor

@@ -2,9 +2,7 @@
 
 namespace tessarix::detail {
 
-void RaiseNonFinite(double result) {
-  RaiseFault(std::isnan(result) ? FaultKind::InvalidCall : FaultKind::Overflow);
-}
+void RaiseNonFinite(double result) { RaiseFault(std::isnan(result) ? FaultKind::InvalidCall : FaultKind::Overflow); }
 
 void RaiseDivisionFault(double numerator) {
   if (numerator == 0.0 || !std::isfinite(numerator)) {

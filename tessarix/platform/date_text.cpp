@@ -8,8 +8,8 @@
 #include <chrono>
 #include <mutex>
 
-#include "tessarix/platform/separators.hpp"
 #include "tessarix/platform/internal/text_scan.hpp"
+#include "tessarix/platform/separators.hpp"
 
 namespace tessarix::detail {
 

@@ -1,10 +1,10 @@
 // A zero-based, row-major table of Double.
 #pragma once
 
-#include "tessarix/foundation/export.hpp"
-
 #include <cstdint>
 #include <vector>
+
+#include "tessarix/foundation/export.hpp"
 
 namespace tessarix {
 

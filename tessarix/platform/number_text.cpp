@@ -55,9 +55,7 @@ std::string FormatDouble(double value, std::string_view decimal_separator) {
   return out;
 }
 
-std::string NumberText(double value) {
-  return FormatDouble(value, CurrentSeparators().SystemDecimalSeparator);
-}
+std::string NumberText(double value) { return FormatDouble(value, CurrentSeparators().SystemDecimalSeparator); }
 
 std::string ListNumberText(double value) { return FormatDouble(value, "."); }
 

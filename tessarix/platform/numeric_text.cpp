@@ -10,8 +10,8 @@
 #include <string>
 #include <system_error>
 
-#include "tessarix/platform/separators.hpp"
 #include "tessarix/platform/internal/text_scan.hpp"
+#include "tessarix/platform/separators.hpp"
 
 namespace tessarix::detail {
 

@@ -39,8 +39,8 @@ std::string SeparatorOfFormat(std::string_view format, const char* fallback) {
     const char c = format[i];
     if (c == '%') {
       ++i;
-      while (i < format.size() && (format[i] == 'E' || format[i] == 'O' || format[i] == '-' ||
-                                   format[i] == '_' || format[i] == '0' || format[i] == '^' || format[i] == '#')) {
+      while (i < format.size() && (format[i] == 'E' || format[i] == 'O' || format[i] == '-' || format[i] == '_' ||
+                                   format[i] == '0' || format[i] == '^' || format[i] == '#')) {
         ++i;
       }
       continue;

@@ -2,9 +2,9 @@
 // the number text of logs and formatted output, and text import.
 #pragma once
 
-#include "tessarix/foundation/export.hpp"
-
 #include <string>
+
+#include "tessarix/foundation/export.hpp"
 
 namespace tessarix {
 

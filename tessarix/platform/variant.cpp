@@ -88,46 +88,55 @@ const Variant& Variant::At(std::int32_t i, std::int32_t j) const {
   return a->elements[static_cast<std::size_t>(i) * static_cast<std::size_t>(a->cols) + static_cast<std::size_t>(j)];
 }
 
-Variant& Variant::At(std::int32_t i, std::int32_t j) {
-  return const_cast<Variant&>(std::as_const(*this).At(i, j));
-}
+Variant& Variant::At(std::int32_t i, std::int32_t j) { return const_cast<Variant&>(std::as_const(*this).At(i, j)); }
 
 double Variant::ToDouble() const {
   switch (Type()) {
-    case VariantType::Long: return static_cast<double>(std::get<std::int32_t>(value_));
-    case VariantType::Double: return std::get<double>(value_);
-    case VariantType::Boolean: return std::get<bool>(value_) ? -1.0 : 0.0;
+    case VariantType::Long:
+      return static_cast<double>(std::get<std::int32_t>(value_));
+    case VariantType::Double:
+      return std::get<double>(value_);
+    case VariantType::Boolean:
+      return std::get<bool>(value_) ? -1.0 : 0.0;
     case VariantType::String: {
       double result = 0.0;
       switch (detail::ParseLocaleNumber(std::get<std::string>(value_), result)) {
-        case detail::NumberParse::Ok: return result;
-        case detail::NumberParse::OutOfRange: RaiseFault(FaultKind::Overflow);
-        case detail::NumberParse::NotANumber: break;
+        case detail::NumberParse::Ok:
+          return result;
+        case detail::NumberParse::OutOfRange:
+          RaiseFault(FaultKind::Overflow);
+        case detail::NumberParse::NotANumber:
+          break;
       }
       break;
     }
     case VariantType::Empty:
-    case VariantType::Array: break;
+    case VariantType::Array:
+      break;
   }
   RaiseFault(FaultKind::TypeMismatch);
 }
 
 std::string Variant::ToString() const {
   switch (Type()) {
-    case VariantType::Empty: return std::string();
-    case VariantType::Long: return detail::IntegerText(std::get<std::int32_t>(value_));
-    case VariantType::Double: return detail::NumberText(std::get<double>(value_));
-    case VariantType::Boolean: return std::get<bool>(value_) ? "True" : "False";
-    case VariantType::String: return std::get<std::string>(value_);
-    case VariantType::Array: break;
+    case VariantType::Empty:
+      return std::string();
+    case VariantType::Long:
+      return detail::IntegerText(std::get<std::int32_t>(value_));
+    case VariantType::Double:
+      return detail::NumberText(std::get<double>(value_));
+    case VariantType::Boolean:
+      return std::get<bool>(value_) ? "True" : "False";
+    case VariantType::String:
+      return std::get<std::string>(value_);
+    case VariantType::Array:
+      break;
   }
   RaiseFault(FaultKind::TypeMismatch);
 }
 
 namespace {
-bool IsNumber(VariantType t) {
-  return t == VariantType::Long || t == VariantType::Double || t == VariantType::Boolean;
-}
+bool IsNumber(VariantType t) { return t == VariantType::Long || t == VariantType::Double || t == VariantType::Boolean; }
 }  // namespace
 
 bool operator==(const Variant& a, const Variant& b) {
@@ -136,15 +145,17 @@ bool operator==(const Variant& a, const Variant& b) {
   if (IsNumber(ta) && IsNumber(tb)) return a.ToDouble() == b.ToDouble();
   if (ta != tb) return false;
   switch (ta) {
-    case VariantType::Empty: return true;
-    case VariantType::String: return std::get<std::string>(a.value_) == std::get<std::string>(b.value_);
+    case VariantType::Empty:
+      return true;
+    case VariantType::String:
+      return std::get<std::string>(a.value_) == std::get<std::string>(b.value_);
     case VariantType::Array: {
       const auto* x = a.ArrayOrNull();
       const auto* y = b.ArrayOrNull();
-      return x->dimensions == y->dimensions && x->rows == y->rows && x->cols == y->cols &&
-             x->elements == y->elements;
+      return x->dimensions == y->dimensions && x->rows == y->rows && x->cols == y->cols && x->elements == y->elements;
     }
-    default: return false;
+    default:
+      return false;
   }
 }
 

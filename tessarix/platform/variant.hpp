@@ -3,13 +3,13 @@
 // Alt forms of the object model take and give.
 #pragma once
 
-#include "tessarix/foundation/export.hpp"
-
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <variant>
 #include <vector>
+
+#include "tessarix/foundation/export.hpp"
 
 namespace tessarix {
 
@@ -17,12 +17,12 @@ enum class VariantType : std::int32_t { Empty, Long, Double, Boolean, String, Ar
 
 class TESSARIX_API Variant {
  public:
-  Variant() = default;  // Empty; also stands for a missing optional argument
-  Variant(std::int32_t value) : value_(value) {}          // NOLINT(google-explicit-constructor)
-  Variant(double value) : value_(value) {}                // NOLINT(google-explicit-constructor)
-  Variant(bool value) : value_(value) {}                  // NOLINT(google-explicit-constructor)
+  Variant() = default;                                        // Empty; also stands for a missing optional argument
+  Variant(std::int32_t value) : value_(value) {}              // NOLINT(google-explicit-constructor)
+  Variant(double value) : value_(value) {}                    // NOLINT(google-explicit-constructor)
+  Variant(bool value) : value_(value) {}                      // NOLINT(google-explicit-constructor)
   Variant(const char* value) : value_(std::string(value)) {}  // NOLINT(google-explicit-constructor)
-  Variant(std::string value) : value_(std::move(value)) {}   // NOLINT(google-explicit-constructor)
+  Variant(std::string value) : value_(std::move(value)) {}    // NOLINT(google-explicit-constructor)
 
   Variant(const Variant& other);
   Variant(Variant&& other) noexcept = default;

@@ -13,10 +13,10 @@
 #include <cstdint>
 #include <vector>
 
+#include "tessarix/foundation/fault.hpp"
 #include "tessarix/numerics/adjacent_duplicates.hpp"
 #include "tessarix/numerics/internal_failure.hpp"
 #include "tessarix/platform/checked.hpp"
-#include "tessarix/foundation/fault.hpp"
 
 namespace tessarix::detail {
 
@@ -29,8 +29,8 @@ inline constexpr std::int32_t kMaxRootHalvings = 100;
 // arithmetic (the product of two large differences overflowing) throws away
 // every bracket found.
 template <class F>
-void BracketRoots(F&& f, double lower, double upper, double target, std::int32_t intervals,
-                  std::vector<double>& left, std::vector<double>& right) {
+void BracketRoots(F&& f, double lower, double upper, double target, std::int32_t intervals, std::vector<double>& left,
+                  std::vector<double>& right) {
   left.clear();
   right.clear();
   try {

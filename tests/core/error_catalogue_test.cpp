@@ -61,9 +61,9 @@ TEST(ErrorHandler, WrapsEveryFailureAsGeneralError) {
   EXPECT_TSX_CODE(RunUnderHandler([] { RaiseLibraryError(ErrorCode::ModelMissingSub); }, [](const std::string&) {},
                                   LibraryErrors::PassThrough),
                   10018);
-  EXPECT_TSX_ERROR(RunUnderHandler([] { RaiseFault(FaultKind::Overflow); }, [](const std::string&) {},
-                                   LibraryErrors::PassThrough),
-                   10001, "General Error: Overflow");
+  EXPECT_TSX_ERROR(
+      RunUnderHandler([] { RaiseFault(FaultKind::Overflow); }, [](const std::string&) {}, LibraryErrors::PassThrough),
+      10001, "General Error: Overflow");
 }
 
 TEST(ErrorHandler, HostHandlerExceptionsBecomeFaults) {

@@ -42,8 +42,7 @@ TEST(FitEntryPoints, ValidationStoresItsMessage) {
   EXPECT_EQ(reg.LastSolveError(), "The model has not yet been defined, or the current definition is invalid");
   test::DefineExponential(reg);
   const std::vector<double> six{1, 2, 3, 4, 5, 6}, five{1, 2, 3, 4, 5};
-  EXPECT_TSX_ERROR(reg.Fit(five, six), 10013,
-                   "The array dimensions must be equal to perform the requested operation");
+  EXPECT_TSX_ERROR(reg.Fit(five, six), 10013, "The array dimensions must be equal to perform the requested operation");
   EXPECT_EQ(reg.LastSolveError(), "The array dimensions must be equal to perform the requested operation");
   EXPECT_TSX_ERROR(reg.Fit({}, six), 10006, "Array does not contain any observations");
   EXPECT_EQ(reg.LastSolveError(), "Array does not contain any observations");
@@ -73,8 +72,7 @@ TEST(FitEntryPoints, ResultTablesOfPlainAndAltFits) {
   EXPECT_FALSE(reg.IsWeighted());
   EXPECT_EQ(reg.NumObservations(), 7);
   const auto tables = reg.ResultTables();
-  EXPECT_EQ(ColumnNames(*tables),
-            (std::vector<std::string>{"X|X", "Y|Y", "Predicted Y|", "Residuals|"}));
+  EXPECT_EQ(ColumnNames(*tables), (std::vector<std::string>{"X|X", "Y|Y", "Predicted Y|", "Residuals|"}));
   EXPECT_EQ(Values(tables->Item("X")), kX);
   EXPECT_EQ(Values(tables->Item("Y")), kY);
   const std::vector<double> predicted = Values(tables->Item("Predicted Y"));

@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "support/test_helpers.hpp"
-#include "tessarix/data/data_collection.hpp"
 #include "tessarix/data/data_access.hpp"
+#include "tessarix/data/data_collection.hpp"
 
 using namespace tessarix;
 

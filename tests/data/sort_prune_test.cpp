@@ -3,8 +3,8 @@
 #include <vector>
 
 #include "support/test_helpers.hpp"
-#include "tessarix/data/data_collection.hpp"
 #include "tessarix/data/data_access.hpp"
+#include "tessarix/data/data_collection.hpp"
 
 using namespace tessarix;
 using V = std::vector<double>;

@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "tessarix/data/data_collection.hpp"
 #include "tessarix/data/data_access.hpp"
+#include "tessarix/data/data_collection.hpp"
 #include "text_file_fixture.hpp"
 
 using namespace tessarix;

@@ -1,9 +1,8 @@
 // An outside program built against the installed package (scripts/test.sh):
 // a user model fitted to exact data, read back through the public API.
-#include <tessarix/tessarix.hpp>
-
 #include <cmath>
 #include <cstdio>
+#include <tessarix/tessarix.hpp>
 #include <vector>
 
 int main() {

@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "language_support.hpp"
-#include "tessarix/language/internal/tokeniser.hpp"
 #include "tessarix/foundation/fault.hpp"
+#include "tessarix/language/internal/tokeniser.hpp"
 
 namespace tessarix::test {
 namespace {
@@ -71,22 +71,22 @@ TEST(Compiler, EmitsPostfixRecords) {
 }
 
 TEST(Compiler, PrecedenceAndAssociativity) {
-  EXPECT_EQ(Calc("2^3^2"), 64.0);           // left-associative, "^" too
-  EXPECT_EQ(Calc("-x^2", 3.0), -9.0);       // unary minus looser than "^"
-  EXPECT_EQ(Calc("-2*3+1"), -5.0);          // and tighter than "*"
-  EXPECT_EQ(Calc("2^-x", 1.0), 0.5);        // unary minus after any operator
+  EXPECT_EQ(Calc("2^3^2"), 64.0);      // left-associative, "^" too
+  EXPECT_EQ(Calc("-x^2", 3.0), -9.0);  // unary minus looser than "^"
+  EXPECT_EQ(Calc("-2*3+1"), -5.0);     // and tighter than "*"
+  EXPECT_EQ(Calc("2^-x", 1.0), 0.5);   // unary minus after any operator
   EXPECT_EQ(Calc("3*-2"), -6.0);
   EXPECT_EQ(Calc("1+2*3"), 7.0);
-  EXPECT_EQ(Calc("7\\2*2"), 1.0);           // "*" binds tighter than "\"
-  EXPECT_EQ(Calc("7 mod 4\\2"), 1.0);       // "\" tighter than mod
-  EXPECT_EQ(Calc("1+2 mod 2"), 1.0);        // mod tighter than "+"
-  EXPECT_EQ(Calc("1+1=2"), -1.0);           // comparisons looser than "+"
-  EXPECT_EQ(Calc("not 1=2"), -1.0);         // not takes the whole comparison
-  EXPECT_EQ(Calc("not 0 and 0"), 0.0);      // and stops it
-  EXPECT_EQ(Calc("1 or 2 and 0"), 1.0);     // and before or
-  EXPECT_EQ(Calc("1 xor 1 or 1"), 0.0);     // or before xor
-  EXPECT_EQ(Calc("0 eqv 1 or 1"), -2.0);    // or before eqv
-  EXPECT_EQ(Calc("0 imp 0 eqv 1"), -1.0);   // eqv before imp: 0 imp (0 eqv 1) = ~0 | -2
+  EXPECT_EQ(Calc("7\\2*2"), 1.0);          // "*" binds tighter than "\"
+  EXPECT_EQ(Calc("7 mod 4\\2"), 1.0);      // "\" tighter than mod
+  EXPECT_EQ(Calc("1+2 mod 2"), 1.0);       // mod tighter than "+"
+  EXPECT_EQ(Calc("1+1=2"), -1.0);          // comparisons looser than "+"
+  EXPECT_EQ(Calc("not 1=2"), -1.0);        // not takes the whole comparison
+  EXPECT_EQ(Calc("not 0 and 0"), 0.0);     // and stops it
+  EXPECT_EQ(Calc("1 or 2 and 0"), 1.0);    // and before or
+  EXPECT_EQ(Calc("1 xor 1 or 1"), 0.0);    // or before xor
+  EXPECT_EQ(Calc("0 eqv 1 or 1"), -2.0);   // or before eqv
+  EXPECT_EQ(Calc("0 imp 0 eqv 1"), -1.0);  // eqv before imp: 0 imp (0 eqv 1) = ~0 | -2
   EXPECT_EQ(Calc("10-4-3"), 3.0);
   EXPECT_EQ(Calc("64/4/2"), 8.0);
 }
@@ -95,7 +95,7 @@ TEST(Compiler, CaseRules) {
   LanguageModel m;
   EXPECT_TSX_CODE(m.Define("x>a AND x<b"), 10015);  // word operators in lower case only
   EXPECT_EQ(m.Define("x>a and x<b"), (Names{"a", "b"}));
-  EXPECT_EQ(m.Define("NOT X>a"), (Names{"a"}));       // NOT and X in any case
+  EXPECT_EQ(m.Define("NOT X>a"), (Names{"a"}));  // NOT and X in any case
   EXPECT_EQ(m.Define("EXP(a*X)+XMEAN+Pi"), (Names{"a"}));
   EXPECT_TSX_CODE(m.Define("x Mod a"), 10015);
   EXPECT_EQ(Calc("PI+pi-Pi"), 3.14159265358979);
@@ -107,7 +107,7 @@ TEST(Compiler, ParameterDiscoveryAndOrder) {
   EXPECT_EQ(m.Define("pi1*x"), (Names{"pi1"}));
   EXPECT_EQ(m.Define("y*x+z+u+alpha+my_param1"), (Names{"alpha", "my_param1", "u", "y", "z"}));
   EXPECT_EQ(m.Define("a*x+A"), (Names{"a"}));
-  EXPECT_EQ(m.Define("A*x+a"), (Names{"A"}));  // spelling of the first occurrence
+  EXPECT_EQ(m.Define("A*x+a"), (Names{"A"}));       // spelling of the first occurrence
   EXPECT_EQ(m.Define("B*x+a"), (Names{"B", "a"}));  // by code unit
   EXPECT_EQ(m.Define("x1*x+x0"), (Names{"x0", "x1"}));
   LanguageModel fresh;  // (m's program holds all the models above)
@@ -175,7 +175,8 @@ TEST(Compiler, ProgramOutlivesRedefinition) {
   // A sub-definition stays done: the new text of F1 is never read.
   LanguageModel done;
   done.Define("F1*x", {"a"});
-  EXPECT_TSX_ERROR(done.Define("F1+x", {"b"}), 10021, "Model definition error, no fitting parameters detected in model");
+  EXPECT_TSX_ERROR(done.Define("F1+x", {"b"}), 10021,
+                   "Model definition error, no fitting parameters detected in model");
 
   // One that failed with a cycle stays open and reports the cycle again.
   LanguageModel cyclic;

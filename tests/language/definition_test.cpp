@@ -9,8 +9,7 @@ namespace {
 TEST(ModelDefinitionErrors, InTheirOrder) {
   {
     LanguageModel m;
-    EXPECT_TSX_ERROR(m.Define("F1+F2", {"a*x", "", "b"}), 10018,
-                     "Model definition error, missing sub-definition F2");
+    EXPECT_TSX_ERROR(m.Define("F1+F2", {"a*x", "", "b"}), 10018, "Model definition error, missing sub-definition F2");
   }
   {
     LanguageModel m;  // a gap is a fault even when nothing refers to it
@@ -60,7 +59,10 @@ TEST(LocaleForms, BothWaysUnderDecimalComma) {
   EXPECT_EQ(detail::ToLocalForm("max(a,x)", list_is_thousands), "max(a;x)");
   // A multi-byte thousands separator is one character.
   const SystemSeparators nbsp{",", ";", "\xC2\xA0", ".", ":"};
-  EXPECT_EQ(detail::ToEnglishForm("1\xC2\xA0" "000,5", nbsp), "1000.5");
+  EXPECT_EQ(detail::ToEnglishForm("1\xC2\xA0"
+                                  "000,5",
+                                  nbsp),
+            "1000.5");
 }
 
 TEST(LocaleForms, DefinitionsKeepBothForms) {

@@ -10,8 +10,8 @@ namespace {
 TEST(Evaluator, LogicalOperatorsOnHalfEvenIntegers) {
   EXPECT_EQ(Calc("not 0"), -1.0);
   EXPECT_EQ(Calc("not 1"), -2.0);
-  EXPECT_EQ(Calc("not 0.4"), -1.0);   // 0.4 rounds to 0
-  EXPECT_EQ(Calc("not 2.5"), -3.0);   // 2.5 rounds to 2
+  EXPECT_EQ(Calc("not 0.4"), -1.0);  // 0.4 rounds to 0
+  EXPECT_EQ(Calc("not 2.5"), -3.0);  // 2.5 rounds to 2
   EXPECT_EQ(Calc("3 and 5"), 1.0);
   EXPECT_EQ(Calc("3 or 5"), 7.0);
   EXPECT_EQ(Calc("3 xor 5"), 6.0);

@@ -19,12 +19,12 @@ namespace {
 // Mostly well-formed expressions over the whole language, with a junk piece
 // spliced in now and then.
 std::string RandomExpr(std::mt19937& gen, int depth) {
-  static const std::vector<std::string> kOperands = {"x", "a", "b", "c", "1", "2.5", "1e5-3", "0", "xmean",
-                                                      "pi", "F1", "F2", "f3", "endif", "ENDIF", "e", ".", "1.2.3"};
-  static const std::vector<std::string> kBinary = {"+", "-", "*", "/", "^", "\\", " mod ", "=", "<", ">",
-                                                    "<>", "<=", ">=", " and ", " or ", " xor ", " eqv ", " imp "};
-  static const std::vector<std::string> kCalls1 = {"exp", "ln", "sqr", "fact", "rnd", "gamma", "sin", "hsin",
-                                                    "arcsin", "j0", "airya", "psi", "ceil", "harccotan"};
+  static const std::vector<std::string> kOperands = {"x",  "a",  "b",  "c",  "1",     "2.5",   "1e5-3", "0", "xmean",
+                                                     "pi", "F1", "F2", "f3", "endif", "ENDIF", "e",     ".", "1.2.3"};
+  static const std::vector<std::string> kBinary = {"+", "-",  "*",  "/",  "^",     "\\",   " mod ", "=",     "<",
+                                                   ">", "<>", "<=", ">=", " and ", " or ", " xor ", " eqv ", " imp "};
+  static const std::vector<std::string> kCalls1 = {"exp",  "ln",     "sqr", "fact",  "rnd", "gamma", "sin",
+                                                   "hsin", "arcsin", "j0",  "airya", "psi", "ceil",  "harccotan"};
   static const std::vector<std::string> kCalls2 = {"max", "jn", "beta", "igamma", "sphyn", "knu", "chi2"};
   static const std::vector<std::string> kJunk = {"(", ")", ",", ";", "#", "AND", "Mod", ">>", "2 x", "", "-", "not "};
   auto pick = [&](const std::vector<std::string>& v) {
@@ -34,17 +34,31 @@ std::string RandomExpr(std::mt19937& gen, int depth) {
   std::string e;
   switch (choice(gen)) {
     case 0:
-    case 1: e = pick(kOperands); break;
-    case 2: e = "-" + RandomExpr(gen, depth + 1); break;
-    case 3: e = "not " + RandomExpr(gen, depth + 1); break;
-    case 4: e = "(" + RandomExpr(gen, depth + 1) + ")"; break;
-    case 5: e = pick(kCalls1) + "(" + RandomExpr(gen, depth + 1) + ")"; break;
-    case 6: e = pick(kCalls2) + "(" + RandomExpr(gen, depth + 1) + "," + RandomExpr(gen, depth + 1) + ")"; break;
+    case 1:
+      e = pick(kOperands);
+      break;
+    case 2:
+      e = "-" + RandomExpr(gen, depth + 1);
+      break;
+    case 3:
+      e = "not " + RandomExpr(gen, depth + 1);
+      break;
+    case 4:
+      e = "(" + RandomExpr(gen, depth + 1) + ")";
+      break;
+    case 5:
+      e = pick(kCalls1) + "(" + RandomExpr(gen, depth + 1) + ")";
+      break;
+    case 6:
+      e = pick(kCalls2) + "(" + RandomExpr(gen, depth + 1) + "," + RandomExpr(gen, depth + 1) + ")";
+      break;
     case 7:
       e = "if(" + RandomExpr(gen, depth + 1) + "," + RandomExpr(gen, depth + 1) + "," + RandomExpr(gen, depth + 1) +
           ")";
       break;
-    default: e = RandomExpr(gen, depth + 1) + pick(kBinary) + RandomExpr(gen, depth + 1); break;
+    default:
+      e = RandomExpr(gen, depth + 1) + pick(kBinary) + RandomExpr(gen, depth + 1);
+      break;
   }
   if (std::uniform_int_distribution<int>(0, 19)(gen) == 0) e += pick(kJunk);
   return e;
@@ -52,8 +66,7 @@ std::string RandomExpr(std::mt19937& gen, int depth) {
 
 std::string RandomText(std::mt19937& gen) {
   // Most texts use x and a parameter, so that many definitions succeed.
-  return std::uniform_int_distribution<int>(0, 3)(gen) == 0 ? RandomExpr(gen, 0)
-                                                            : "a*x+" + RandomExpr(gen, 0);
+  return std::uniform_int_distribution<int>(0, 3)(gen) == 0 ? RandomExpr(gen, 0) : "a*x+" + RandomExpr(gen, 0);
 }
 
 // Defines y (F1, F2) on `m` and evaluates at a few points; returns whether

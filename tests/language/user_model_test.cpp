@@ -85,7 +85,8 @@ TEST(UserModel, LocalFormsUnderDecimalComma) {
   fresh.DefineUserModel("a*x+1,5", tsxLocaleLocal);
   fresh.Fit(x, y);
   ASSERT_TRUE(fresh.IsSolved()) << fresh.LastSolveError();
-  EXPECT_NEAR(fresh.RegressionParameters()->Item(1)->Value(), 2.0 + 0.01 * 100.0 / 30.0, 1e-9);  // 0.01 * sum x^3 / sum x^2
+  EXPECT_NEAR(fresh.RegressionParameters()->Item(1)->Value(), 2.0 + 0.01 * 100.0 / 30.0,
+              1e-9);  // 0.01 * sum x^3 / sum x^2
 }
 
 TEST(UserModel, FitsOfTextModels) {

@@ -1,9 +1,9 @@
+#include "tessarix/numerics/extrapolated_derivative.hpp"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <vector>
-
-#include "tessarix/numerics/extrapolated_derivative.hpp"
 
 namespace tessarix::detail {
 namespace {

@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
+#include "tessarix/foundation/fault.hpp"
 #include "tessarix/numerics/internal_failure.hpp"
 #include "tessarix/numerics/one_based.hpp"
-#include "tessarix/foundation/fault.hpp"
 
 namespace tessarix::test {
 

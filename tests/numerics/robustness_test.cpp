@@ -10,6 +10,7 @@
 #include <ostream>
 #include <vector>
 
+#include "tessarix/foundation/fault.hpp"
 #include "tessarix/numerics/airy_spherical.hpp"
 #include "tessarix/numerics/bessel_integer.hpp"
 #include "tessarix/numerics/bessel_real_order.hpp"
@@ -18,7 +19,6 @@
 #include "tessarix/numerics/internal_failure.hpp"
 #include "tessarix/numerics/polynomials.hpp"
 #include "tessarix/numerics/power.hpp"
-#include "tessarix/foundation/fault.hpp"
 
 using namespace tessarix::detail;
 

@@ -70,7 +70,10 @@ TEST(NumericText, ReadsLocaleNumbers) {
   EXPECT_EQ(v, -0.0025);
   EXPECT_EQ(ParseLocaleNumber("(3,5)", v), NumberParse::Ok);
   EXPECT_EQ(v, -3.5);
-  EXPECT_EQ(ParseLocaleNumber("\xE2\x82\xAC" "12", v), NumberParse::Ok);
+  EXPECT_EQ(ParseLocaleNumber("\xE2\x82\xAC"
+                              "12",
+                              v),
+            NumberParse::Ok);
   EXPECT_EQ(v, 12.0);
   // Thousands separators are not checked for groups of three, as the platform's test does not.
   EXPECT_EQ(ParseLocaleNumber("1.5", v), NumberParse::Ok);

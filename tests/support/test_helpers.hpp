@@ -10,27 +10,27 @@
 
 // Asserts that `statement` raises tessarix::Error with the given help context
 // and description.
-#define EXPECT_TSX_ERROR(statement, help_context, description)                       \
-  do {                                                                              \
-    try {                                                                           \
-      statement;                                                                    \
+#define EXPECT_TSX_ERROR(statement, help_context, description)                     \
+  do {                                                                             \
+    try {                                                                          \
+      statement;                                                                   \
       ADD_FAILURE() << "expected error " << (help_context) << " from " #statement; \
-    } catch (const tessarix::Error& tsx_error_) {                                   \
-      EXPECT_EQ(tsx_error_.HelpContext(), (help_context));                          \
-      EXPECT_EQ(tsx_error_.Description(), std::string(description));              \
-      EXPECT_EQ(tsx_error_.Source(), "Tessarix");                                   \
-    }                                                                               \
+    } catch (const tessarix::Error& tsx_error_) {                                  \
+      EXPECT_EQ(tsx_error_.HelpContext(), (help_context));                         \
+      EXPECT_EQ(tsx_error_.Description(), std::string(description));               \
+      EXPECT_EQ(tsx_error_.Source(), "Tessarix");                                  \
+    }                                                                              \
   } while (false)
 
 // Asserts only the help context.
-#define EXPECT_TSX_CODE(statement, help_context)                                    \
-  do {                                                                              \
-    try {                                                                           \
-      statement;                                                                    \
-      ADD_FAILURE() << "expected error " << (help_context) << " from " #statement; \
-    } catch (const tessarix::Error& tsx_error_) {                                   \
+#define EXPECT_TSX_CODE(statement, help_context)                                       \
+  do {                                                                                 \
+    try {                                                                              \
+      statement;                                                                       \
+      ADD_FAILURE() << "expected error " << (help_context) << " from " #statement;     \
+    } catch (const tessarix::Error& tsx_error_) {                                      \
       EXPECT_EQ(tsx_error_.HelpContext(), (help_context)) << tsx_error_.Description(); \
-    }                                                                               \
+    }                                                                                  \
   } while (false)
 
 namespace tessarix::test {

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cctype>
-
 #include <tessarix/models/predefined_models.hpp>
 
 #include "text_format.hpp"
@@ -32,13 +31,11 @@ const std::vector<CatalogueEntry>& Catalogue() {
   return entries;
 }
 
-std::vector<CatalogueEntry> FindModels(const std::vector<CatalogueEntry>& entries,
-                                       const std::string& word) {
+std::vector<CatalogueEntry> FindModels(const std::vector<CatalogueEntry>& entries, const std::string& word) {
   const std::string needle = Lower(word);
   std::vector<CatalogueEntry> found;
   for (const CatalogueEntry& e : entries) {
-    if (needle.empty() || std::to_string(e.id) == needle ||
-        Lower(e.definition).find(needle) != std::string::npos ||
+    if (needle.empty() || std::to_string(e.id) == needle || Lower(e.definition).find(needle) != std::string::npos ||
         Lower(e.description).find(needle) != std::string::npos) {
       found.push_back(e);
     }

@@ -19,8 +19,7 @@ const std::vector<CatalogueEntry>& Catalogue();
 
 // The entries whose ID, definition or description contains `word`, without
 // regard to case; all entries for an empty word.
-std::vector<CatalogueEntry> FindModels(const std::vector<CatalogueEntry>& entries,
-                                       const std::string& word);
+std::vector<CatalogueEntry> FindModels(const std::vector<CatalogueEntry>& entries, const std::string& word);
 
 // The listing of `tessarix models`: one line per entry, ID, definition, description.
 std::string ModelListing(const std::vector<CatalogueEntry>& entries);

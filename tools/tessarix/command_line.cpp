@@ -8,7 +8,6 @@
 #include <cstdlib>
 #include <limits>
 #include <map>
-
 #include <tessarix/core/error.hpp>
 #include <tessarix/core/global_constants.hpp>
 #include <tessarix/platform/separators.hpp>
@@ -25,17 +24,15 @@ namespace {
 
 std::string VersionText() {
   return "tessarix " + std::to_string(GlobalConstants::tsxMajorVersion()) + "." +
-         std::to_string(GlobalConstants::tsxMinorVersion()) + "." +
-         std::to_string(GlobalConstants::tsxRevision());
+         std::to_string(GlobalConstants::tsxMinorVersion()) + "." + std::to_string(GlobalConstants::tsxRevision());
 }
 
 // The delimiter named on the command line (already checked to be one of these).
 DelimiterTypeEnum DelimiterOf(const std::string& name) {
-  static const std::map<std::string, DelimiterTypeEnum> names = {
-      {"comma", tsxDelimiterComma},
-      {"tab", tsxDelimiterTab},
-      {"space", tsxDelimiterSpace},
-      {"semicolon", tsxDelimiterSemicolon}};
+  static const std::map<std::string, DelimiterTypeEnum> names = {{"comma", tsxDelimiterComma},
+                                                                 {"tab", tsxDelimiterTab},
+                                                                 {"space", tsxDelimiterSpace},
+                                                                 {"semicolon", tsxDelimiterSemicolon}};
   std::string lower;
   for (char c : name) lower += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
   const auto found = names.find(lower);
@@ -45,28 +42,23 @@ DelimiterTypeEnum DelimiterOf(const std::string& name) {
 // Options of the data file, shared by fit and rank. The delimiter's name is
 // stored in `delimiter` and turned into data.delimiter after parsing.
 void AddDataOptions(CLI::App& command, DataOptions& data, std::string& delimiter) {
-  command.add_option("DATA", data.path,
-                     "Delimited text file: a header line of column names, then rows of numbers")
+  command.add_option("DATA", data.path, "Delimited text file: a header line of column names, then rows of numbers")
       ->required()
       ->type_name("FILE");
   command.add_option("--delimiter", delimiter, "Field delimiter: comma, tab, space or semicolon")
       ->check(CLI::IsMember({"comma", "tab", "space", "semicolon"}, CLI::ignore_case))
       ->capture_default_str();
-  command.add_option("--decimal", data.decimal_separator,
-                     "Decimal separator of the numbers in the file")
+  command.add_option("--decimal", data.decimal_separator, "Decimal separator of the numbers in the file")
       ->check([](const std::string& s) {
         return s.size() == 1 ? std::string() : std::string("the decimal separator is one character");
       })
       ->capture_default_str();
-  command.add_option("--missing", data.missing,
-                     "Text that marks a missing value; rows holding it are left out")
+  command.add_option("--missing", data.missing, "Text that marks a missing value; rows holding it are left out")
       ->type_name("TEXT");
   command.add_option("--x", data.x_column, "Column of the independent variable (default: the first)")
       ->type_name("NAME");
-  command.add_option("--y", data.y_column, "Column of the dependent variable (default: the second)")
-      ->type_name("NAME");
-  command.add_option("--sd", data.sd_column,
-                     "Column of standard deviations of Y; the fit is weighted by them")
+  command.add_option("--y", data.y_column, "Column of the dependent variable (default: the second)")->type_name("NAME");
+  command.add_option("--sd", data.sd_column, "Column of standard deviations of Y; the fit is weighted by them")
       ->type_name("NAME");
 }
 
@@ -74,8 +66,9 @@ void AddSolverOptions(CLI::App& command, std::optional<std::int32_t>& max_iterat
                       std::optional<double>& tolerance) {
   command.add_option("--max-iterations", max_iterations, "Iteration limit (default 250)")
       ->check(CLI::Range(1, std::numeric_limits<std::int32_t>::max()));
-  command.add_option("--tolerance", tolerance,
-                     "Convergence: relative change of the residual sum, in percent (default 1E-10)")
+  command
+      .add_option("--tolerance", tolerance,
+                  "Convergence: relative change of the residual sum, in percent (default 1E-10)")
       ->check(CLI::PositiveNumber);
 }
 
@@ -90,8 +83,7 @@ std::pair<std::string, double> ParseEstimate(const std::string& text) {
   double value = 0.0;
   const auto result = std::from_chars(number.data(), number.data() + number.size(), value);
   if (number.empty() || result.ec != std::errc() || result.ptr != number.data() + number.size()) {
-    throw ToolError("--estimate " + CleanText(name) + ": '" + CleanText(number) + "' is not a number",
-                    kExitUsage);
+    throw ToolError("--estimate " + CleanText(name) + ": '" + CleanText(number) + "' is not a number", kExitUsage);
   }
   return {name, value};
 }
@@ -113,8 +105,8 @@ int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::os
   std::vector<std::string> estimates;
   CLI::App* fit_command = app.add_subcommand("fit", "Fit one model to a data file and report it");
   AddDataOptions(*fit_command, fit.data, fit_delimiter);
-  auto* model_text = fit_command->add_option("--model", fit.model.text,
-                                             "Model in the model language, e.g. 'a*exp(b*x)'");
+  auto* model_text =
+      fit_command->add_option("--model", fit.model.text, "Model in the model language, e.g. 'a*exp(b*x)'");
   std::int32_t model_id = 0;
   auto* model_id_option =
       fit_command->add_option("--model-id", model_id, "Pre-defined model by number (see 'tessarix models')");
@@ -124,17 +116,14 @@ int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::os
   fit_command->add_option("--estimate", estimates, "Starting value of a parameter (repeatable)")
       ->allow_extra_args(false)
       ->type_name("NAME=VALUE");
-  fit_command->add_option("--fix", fit.model.fixed,
-                          "Hold a parameter at its starting value (repeatable)")
+  fit_command->add_option("--fix", fit.model.fixed, "Hold a parameter at its starting value (repeatable)")
       ->allow_extra_args(false)
       ->type_name("NAME");
   AddSolverOptions(*fit_command, fit.model.max_iterations, fit.model.tolerance);
   fit_command->add_option("--log", fit.log_path, "Save the solution log to FILE")->type_name("FILE");
-  fit_command->add_option("--table", fit.table_path,
-                          "Write X, Y, predicted Y and residuals to FILE as CSV")
+  fit_command->add_option("--table", fit.table_path, "Write X, Y, predicted Y and residuals to FILE as CSV")
       ->type_name("FILE");
-  fit_command->add_option("--plot", fit.plot_path,
-                          "Draw data, fitted curve and residuals to FILE as SVG")
+  fit_command->add_option("--plot", fit.plot_path, "Draw data, fitted curve and residuals to FILE as SVG")
       ->type_name("FILE");
   fit_command->add_option("--plot-points", fit.plot_points, "Points of the fitted curve in the plot")
       ->check(CLI::Range(2, 100000))
@@ -146,8 +135,7 @@ int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::os
 
   RankOptions rank;
   std::string rank_delimiter = "comma";
-  CLI::App* rank_command =
-      app.add_subcommand("rank", "Fit every pre-defined model to a data file and list the best");
+  CLI::App* rank_command = app.add_subcommand("rank", "Fit every pre-defined model to a data file and list the best");
   AddDataOptions(*rank_command, rank.data, rank_delimiter);
   rank_command->add_option("--top", rank.top, "How many models to list")
       ->check(CLI::Range(1, 100000))

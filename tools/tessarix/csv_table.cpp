@@ -2,9 +2,8 @@
 
 #include <algorithm>
 #include <fstream>
-#include <vector>
-
 #include <tessarix/data/data_series.hpp>
+#include <vector>
 
 #include "text_format.hpp"
 #include "tool_error.hpp"

@@ -4,7 +4,6 @@
 #pragma once
 
 #include <string>
-
 #include <tessarix/data/data_collection.hpp>
 
 namespace tessarix::tool {

@@ -6,7 +6,6 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-
 #include <tessarix/core/error.hpp>
 #include <tessarix/data/data_series.hpp>
 
@@ -18,8 +17,7 @@ namespace tessarix::tool {
 namespace {
 
 bool EqualsIgnoringCase(const std::string& a, const std::string& b) {
-  return a.size() == b.size() &&
-         std::equal(a.begin(), a.end(), b.begin(), [](unsigned char x, unsigned char y) {
+  return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](unsigned char x, unsigned char y) {
            return std::tolower(x) == std::tolower(y);
          });
 }
@@ -48,15 +46,14 @@ std::string ColumnList(const DataCollection& data) {
   return names.empty() ? "none" : names;
 }
 
-std::shared_ptr<DataSeries> Column(const LoadedData& loaded, const DataOptions& options,
-                                   const std::string& name, std::int32_t default_position,
-                                   const char* role) {
+std::shared_ptr<DataSeries> Column(const LoadedData& loaded, const DataOptions& options, const std::string& name,
+                                   std::int32_t default_position, const char* role) {
   DataCollection& data = *loaded.collection;
   if (name.empty()) {
     if (data.Count() < default_position) {
-      throw ToolError("the data file '" + CleanText(options.path) + "' has " +
-                      std::to_string(data.Count()) + " column(s) (" + ColumnList(data) +
-                      "); the " + role + " column is column " + std::to_string(default_position));
+      throw ToolError("the data file '" + CleanText(options.path) + "' has " + std::to_string(data.Count()) +
+                      " column(s) (" + ColumnList(data) + "); the " + role + " column is column " +
+                      std::to_string(default_position));
     }
     return data.Item(default_position);
   }
@@ -71,8 +68,8 @@ std::shared_ptr<DataSeries> Column(const LoadedData& loaded, const DataOptions& 
         return first;
       }
     }
-    throw ToolError("the data file '" + CleanText(options.path) + "' has no column '" +
-                    CleanText(name) + "' (columns: " + ColumnList(data) + ")");
+    throw ToolError("the data file '" + CleanText(options.path) + "' has no column '" + CleanText(name) +
+                    "' (columns: " + ColumnList(data) + ")");
   }
 }
 
@@ -84,8 +81,8 @@ LoadedData LoadData(const DataOptions& options) {
   loaded.collection = std::make_shared<DataCollection>();
   try {
     const Variant missing = options.missing.empty() ? Variant() : Variant(options.missing);
-    loaded.collection->ImportNamedSeriesFromFile(options.path, options.delimiter,
-                                                 options.decimal_separator, "", missing);
+    loaded.collection->ImportNamedSeriesFromFile(options.path, options.delimiter, options.decimal_separator, "",
+                                                 missing);
   } catch (const Error& e) {
     throw ToolError("cannot read data file '" + CleanText(options.path) + "': " + e.Description());
   }

@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <memory>
 #include <string>
-
 #include <tessarix/core/enums.hpp>
 #include <tessarix/data/data_collection.hpp>
 

@@ -1,7 +1,6 @@
 #include "fit_command.hpp"
 
 #include <algorithm>
-
 #include <tessarix/core/error.hpp>
 #include <tessarix/data/data_collection.hpp>
 #include <tessarix/data/data_series.hpp>
@@ -48,15 +47,13 @@ FitPlotData PlotData(NonlinearRegression& regression, const std::string& model_l
 
 }  // namespace
 
-std::vector<std::vector<std::pair<double, double>>> FittedCurve(NonlinearRegression& regression,
-                                                                double x_low, double x_high,
-                                                                int points) {
+std::vector<std::vector<std::pair<double, double>>> FittedCurve(NonlinearRegression& regression, double x_low,
+                                                                double x_high, int points) {
   std::vector<std::vector<std::pair<double, double>>> runs;
   if (points < 2 || !(x_high > x_low)) return runs;
   std::vector<double> xs(static_cast<std::size_t>(points));
   for (int i = 0; i < points; ++i) {
-    xs[static_cast<std::size_t>(i)] =
-        i == points - 1 ? x_high : x_low + (x_high - x_low) * i / (points - 1);
+    xs[static_cast<std::size_t>(i)] = i == points - 1 ? x_high : x_low + (x_high - x_low) * i / (points - 1);
   }
   try {
     const std::vector<double> ys = regression.PredictArray(xs);
@@ -93,8 +90,7 @@ int RunFit(const FitOptions& options, std::ostream& out) {
     try {
       regression.SaveLog(options.log_path);
     } catch (const Error& e) {
-      throw ToolError("cannot write the log file '" + CleanText(options.log_path) + "': " +
-                      e.Description());
+      throw ToolError("cannot write the log file '" + CleanText(options.log_path) + "': " + e.Description());
     }
   }
   if (!regression.IsSolved()) {
@@ -113,8 +109,7 @@ int RunFit(const FitOptions& options, std::ostream& out) {
   }
   if (!options.plot_path.empty()) {
     WriteFitPlot(options.plot_path, PlotData(regression, heading.model_label, options.plot_points));
-    out << (options.table_path.empty() ? "\n" : "") << "Plot written to "
-        << CleanText(options.plot_path) << '\n';
+    out << (options.table_path.empty() ? "\n" : "") << "Plot written to " << CleanText(options.plot_path) << '\n';
   }
   return kExitOk;
 }

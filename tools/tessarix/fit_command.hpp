@@ -4,10 +4,9 @@
 
 #include <ostream>
 #include <string>
+#include <tessarix/core/nonlinear_regression.hpp>
 #include <utility>
 #include <vector>
-
-#include <tessarix/core/nonlinear_regression.hpp>
 
 #include "data_input.hpp"
 #include "model_setup.hpp"
@@ -29,8 +28,7 @@ int RunFit(const FitOptions& options, std::ostream& out);
 // The fitted curve of a solved regression at `points` evenly spaced x from
 // `x_low` to `x_high`, as runs of points between places where the model
 // cannot be evaluated.
-std::vector<std::vector<std::pair<double, double>>> FittedCurve(NonlinearRegression& regression,
-                                                                double x_low, double x_high,
-                                                                int points);
+std::vector<std::vector<std::pair<double, double>>> FittedCurve(NonlinearRegression& regression, double x_low,
+                                                                double x_high, int points);
 
 }  // namespace tessarix::tool

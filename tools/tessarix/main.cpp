@@ -3,6 +3,4 @@
 
 #include "command_line.hpp"
 
-int main(int argc, char** argv) {
-  return tessarix::tool::RunCommandLine(argc, argv, std::cout, std::cerr);
-}
+int main(int argc, char** argv) { return tessarix::tool::RunCommandLine(argc, argv, std::cout, std::cerr); }

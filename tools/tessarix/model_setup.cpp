@@ -19,8 +19,8 @@ std::string ParameterList(const NonlinearRegression& regression) {
   return names;
 }
 
-std::shared_ptr<RegressionParameter> Parameter(const NonlinearRegression& regression,
-                                               const std::string& name, const char* option) {
+std::shared_ptr<RegressionParameter> Parameter(const NonlinearRegression& regression, const std::string& name,
+                                               const char* option) {
   try {
     return regression.RegressionParameters()->Item(name);
   } catch (const Error&) {
@@ -43,8 +43,7 @@ void SetUpModel(NonlinearRegression& regression, const ModelOptions& options) {
     if (options.id) {
       throw ToolError("model " + std::to_string(*options.id) + ": " + e.Description());
     }
-    throw ToolError("the model '" + CleanText(options.text) + "' does not compile: " +
-                    e.Description());
+    throw ToolError("the model '" + CleanText(options.text) + "' does not compile: " + e.Description());
   }
   for (const auto& [name, value] : options.estimates) {
     Parameter(regression, name, "--estimate")->SetInitialEstimate(value);

@@ -6,20 +6,19 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <tessarix/core/nonlinear_regression.hpp>
 #include <utility>
 #include <vector>
-
-#include <tessarix/core/nonlinear_regression.hpp>
 
 namespace tessarix::tool {
 
 struct ModelOptions {
-  std::string text;                    // the model language; used when id is empty
-  std::optional<std::int32_t> id;      // a catalogue model
+  std::string text;                                       // the model language; used when id is empty
+  std::optional<std::int32_t> id;                         // a catalogue model
   std::vector<std::pair<std::string, double>> estimates;  // NAME=VALUE
-  std::vector<std::string> fixed;      // parameters held at their estimate
+  std::vector<std::string> fixed;                         // parameters held at their estimate
   std::optional<std::int32_t> max_iterations;
-  std::optional<double> tolerance;     // percent
+  std::optional<double> tolerance;  // percent
 };
 
 // Defines the model on `regression` and applies estimates and settings.

@@ -14,9 +14,12 @@ double NiceStep(double x) {
   const double power = std::pow(10.0, exponent);
   const double fraction = x / power;
   double nice = 10.0;
-  if (fraction <= 1.0) nice = 1.0;
-  else if (fraction <= 2.0) nice = 2.0;
-  else if (fraction <= 5.0) nice = 5.0;
+  if (fraction <= 1.0)
+    nice = 1.0;
+  else if (fraction <= 2.0)
+    nice = 2.0;
+  else if (fraction <= 5.0)
+    nice = 5.0;
   return nice * power;
 }
 
@@ -66,8 +69,8 @@ std::string TickLabel(double value, double step) {
   const double magnitude = std::max(std::fabs(value), step);
   if (magnitude >= 1e6 || step < 1e-4) {
     // Scientific form with as many digits as tell the ticks apart.
-    const int digits = std::clamp(
-        static_cast<int>(std::floor(std::log10(magnitude)) - std::floor(std::log10(step))), 0, 12);
+    const int digits =
+        std::clamp(static_cast<int>(std::floor(std::log10(magnitude)) - std::floor(std::log10(step))), 0, 12);
     std::snprintf(buffer, sizeof buffer, "%.*e", digits, value);
   } else {
     const int decimals = std::clamp(static_cast<int>(-std::floor(std::log10(step) + 1e-9)), 0, 12);

@@ -8,10 +8,10 @@
 namespace tessarix::tool {
 
 struct AxisScale {
-  double low = 0.0;            // the axis runs from low ...
-  double high = 1.0;           // ... to high, both on tick positions
-  double step = 0.2;           // distance between ticks
-  std::vector<double> ticks;   // low, low + step, ..., high
+  double low = 0.0;           // the axis runs from low ...
+  double high = 1.0;          // ... to high, both on tick positions
+  double step = 0.2;          // distance between ticks
+  std::vector<double> ticks;  // low, low + step, ..., high
 };
 
 // A scale that covers [lo, hi] with about `target_ticks` intervals. A range of

@@ -4,11 +4,10 @@
 #include <atomic>
 #include <chrono>
 #include <cstdio>
-#include <thread>
-
 #include <tessarix/core/error.hpp>
 #include <tessarix/core/nonlinear_regression.hpp>
 #include <tessarix/data/data_series.hpp>
+#include <thread>
 
 #include "text_format.hpp"
 #include "tool_error.hpp"
@@ -17,9 +16,8 @@ namespace tessarix::tool {
 
 namespace {
 
-RankEntry FitOne(NonlinearRegression& regression, const CatalogueEntry& model,
-                 std::span<const double> x, std::span<const double> y, std::span<const double> sd,
-                 const RankOptions& options) {
+RankEntry FitOne(NonlinearRegression& regression, const CatalogueEntry& model, std::span<const double> x,
+                 std::span<const double> y, std::span<const double> sd, const RankOptions& options) {
   RankEntry entry;
   entry.model = model;
   try {
@@ -57,9 +55,8 @@ bool Better(const RankEntry& a, const RankEntry& b) {
 
 }  // namespace
 
-std::vector<RankEntry> RankModels(std::span<const double> x, std::span<const double> y,
-                                  std::span<const double> sd, const std::vector<CatalogueEntry>& models,
-                                  const RankOptions& options,
+std::vector<RankEntry> RankModels(std::span<const double> x, std::span<const double> y, std::span<const double> sd,
+                                  const std::vector<CatalogueEntry>& models, const RankOptions& options,
                                   const std::function<void(std::size_t)>& progress) {
   std::vector<RankEntry> results(models.size());
   std::atomic<std::size_t> next{0};
@@ -99,9 +96,7 @@ int RunRank(const RankOptions& options, std::ostream& out) {
 
   std::function<void(std::size_t)> progress;
   if (options.progress) {
-    progress = [&](std::size_t done) {
-      out << "\rfitting model " << done << " of " << models.size() << std::flush;
-    };
+    progress = [&](std::size_t done) { out << "\rfitting model " << done << " of " << models.size() << std::flush; };
   }
   const std::vector<RankEntry> ranked = RankModels(x, y, sd, models, options, progress);
   if (options.progress) out << '\r' << std::string(40, ' ') << '\r';
@@ -109,8 +104,8 @@ int RunRank(const RankOptions& options, std::ostream& out) {
   const auto solved = static_cast<std::size_t>(
       std::count_if(ranked.begin(), ranked.end(), [](const RankEntry& e) { return e.solved; }));
   out << "Ranked " << models.size() << " pre-defined models on " << CleanText(options.data.path)
-      << " (x = " << CleanText(data.x->Name()) << ", y = " << CleanText(data.y->Name()) << ", "
-      << x.size() << " observations" << (data.sd ? ", weighted" : "") << ")\n"
+      << " (x = " << CleanText(data.x->Name()) << ", y = " << CleanText(data.y->Name()) << ", " << x.size()
+      << " observations" << (data.sd ? ", weighted" : "") << ")\n"
       << solved << " solved, " << models.size() - solved << " failed\n\n";
   if (solved == 0) {
     throw ToolError("no pre-defined model could be fitted to '" + CleanText(options.data.path) + "'");

@@ -16,11 +16,11 @@ namespace tessarix::tool {
 
 struct RankOptions {
   DataOptions data;
-  int top = 20;            // how many of the best to print
-  unsigned threads = 0;    // 0: one per core
+  int top = 20;          // how many of the best to print
+  unsigned threads = 0;  // 0: one per core
   std::optional<std::int32_t> max_iterations;
   std::optional<double> tolerance;
-  bool progress = false;   // show a progress line (set when stdout is a terminal)
+  bool progress = false;  // show a progress line (set when stdout is a terminal)
 };
 
 struct RankEntry {
@@ -36,9 +36,8 @@ struct RankEntry {
 // solved fits by adjusted R2 (highest first), ties by standard error (lowest
 // first), then the failures, each group in ID order otherwise. `progress`, if
 // set, is called from the calling thread with the number of fits done.
-std::vector<RankEntry> RankModels(std::span<const double> x, std::span<const double> y,
-                                  std::span<const double> sd, const std::vector<CatalogueEntry>& models,
-                                  const RankOptions& options,
+std::vector<RankEntry> RankModels(std::span<const double> x, std::span<const double> y, std::span<const double> sd,
+                                  const std::vector<CatalogueEntry>& models, const RankOptions& options,
                                   const std::function<void(std::size_t done)>& progress = {});
 
 // The whole subcommand; returns the exit status.

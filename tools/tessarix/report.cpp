@@ -3,13 +3,12 @@
 #include <algorithm>
 #include <cmath>
 #include <sstream>
-#include <vector>
-
 #include <tessarix/core/error.hpp>
 #include <tessarix/core/global_constants.hpp>
 #include <tessarix/core/regression_parameters.hpp>
 #include <tessarix/data/data_collection.hpp>
 #include <tessarix/data/data_series.hpp>
+#include <vector>
 
 #include "text_format.hpp"
 
@@ -51,8 +50,7 @@ void ParameterTable(std::ostringstream& out, const NonlinearRegression& regressi
     rows.push_back(row);
   }
   Row head{"Parameter", "Value", "Std. error", "t prob.", "95% CI +/-"};
-  std::size_t w[5] = {head.name.size(), head.value.size(), head.se.size(), head.prob.size(),
-                      head.ci.size()};
+  std::size_t w[5] = {head.name.size(), head.value.size(), head.se.size(), head.prob.size(), head.ci.size()};
   for (const Row& r : rows) {
     w[0] = std::max(w[0], DisplayWidth(r.name));
     w[1] = std::max(w[1], r.value.size());
@@ -61,8 +59,8 @@ void ParameterTable(std::ostringstream& out, const NonlinearRegression& regressi
     w[4] = std::max(w[4], r.ci.size());
   }
   auto line = [&](const Row& r) {
-    std::string text = "  " + PadRight(r.name, w[0]) + "  " + PadLeft(r.value, w[1]) + "  " +
-                       PadLeft(r.se, w[2]) + "  " + PadLeft(r.prob, w[3]) + "  " + PadLeft(r.ci, w[4]);
+    std::string text = "  " + PadRight(r.name, w[0]) + "  " + PadLeft(r.value, w[1]) + "  " + PadLeft(r.se, w[2]) +
+                       "  " + PadLeft(r.prob, w[3]) + "  " + PadLeft(r.ci, w[4]);
     text.erase(text.find_last_not_of(' ') + 1);
     out << text << '\n';
   };
@@ -72,9 +70,7 @@ void ParameterTable(std::ostringstream& out, const NonlinearRegression& regressi
 }
 
 void Statistics(std::ostringstream& out, const NonlinearRegression& r) {
-  auto item = [&](const char* name, const std::string& value) {
-    out << "  " << PadRight(name, 22) << value << '\n';
-  };
+  auto item = [&](const char* name, const std::string& value) { out << "  " << PadRight(name, 22) << value << '\n'; };
   item("R2", SignificantText(r.R2(), kValueDigits));
   item("Adjusted R2", SignificantText(r.R2Adjust(), kValueDigits));
   item("Standard error", SignificantText(r.StandardError(), kValueDigits));
@@ -83,8 +79,7 @@ void Statistics(std::ostringstream& out, const NonlinearRegression& r) {
   item("Durbin-Watson", SignificantText(r.DurbinWatson(), 6));
   item("F probability", ProbabilityText(r.ProbF()));
   item("Degrees of freedom", "regression " + std::to_string(r.DOFRegression()) + ", error " +
-                                 std::to_string(r.DOFError()) + ", total " +
-                                 std::to_string(r.DOFTotal()));
+                                 std::to_string(r.DOFError()) + ", total " + std::to_string(r.DOFTotal()));
 }
 
 void Residuals(std::ostringstream& out, const NonlinearRegression& regression) {
@@ -111,23 +106,21 @@ void Residuals(std::ostringstream& out, const NonlinearRegression& regression) {
     }
   }
   const double n = static_cast<double>(e.size());
-  auto item = [&](const char* name, const std::string& value) {
-    out << "  " << PadRight(name, 22) << value << '\n';
-  };
+  auto item = [&](const char* name, const std::string& value) { out << "  " << PadRight(name, 22) << value << '\n'; };
   item("Smallest", SignificantText(e[lo], kErrorDigits) + " at x = " + SignificantText(x[lo], 8));
   item("Largest", SignificantText(e[hi], kErrorDigits) + " at x = " + SignificantText(x[hi], 8));
   item("Mean", SignificantText(sum / n, kErrorDigits));
   item("Root mean square", SignificantText(std::sqrt(sum_sq / n), kErrorDigits));
-  item("Signs", std::to_string(positive) + " positive, " + std::to_string(negative) +
-                    " negative, " + std::to_string(runs) + " runs");
+  item("Signs", std::to_string(positive) + " positive, " + std::to_string(negative) + " negative, " +
+                    std::to_string(runs) + " runs");
 }
 
 }  // namespace
 
 std::string EndingLines(const std::string& solution_log) {
-  static constexpr std::string_view kEndings[] = {
-      "Solution converged", "Reached iteration limit", "Solution failed to converge",
-      "Merit Function unchanged", "Solution process aborted"};
+  static constexpr std::string_view kEndings[] = {"Solution converged", "Reached iteration limit",
+                                                  "Solution failed to converge", "Merit Function unchanged",
+                                                  "Solution process aborted"};
   std::string joined;
   std::istringstream lines(solution_log);
   std::string line;
@@ -145,12 +138,9 @@ std::string EndingLines(const std::string& solution_log) {
 
 std::string FitReport(const NonlinearRegression& regression, const ReportHeading& heading) {
   std::ostringstream out;
-  out << "Tessarix " << GlobalConstants::tsxMajorVersion() << '.'
-      << GlobalConstants::tsxMinorVersion() << '.' << GlobalConstants::tsxRevision()
-      << " nonlinear regression\n\n";
-  auto item = [&](const char* name, const std::string& value) {
-    out << PadRight(name, 14) << value << '\n';
-  };
+  out << "Tessarix " << GlobalConstants::tsxMajorVersion() << '.' << GlobalConstants::tsxMinorVersion() << '.'
+      << GlobalConstants::tsxRevision() << " nonlinear regression\n\n";
+  auto item = [&](const char* name, const std::string& value) { out << PadRight(name, 14) << value << '\n'; };
   item("Data", CleanText(heading.data_path));
   std::string columns = "x = " + CleanText(heading.x_name) + ", y = " + CleanText(heading.y_name);
   if (regression.IsWeighted()) {

@@ -4,7 +4,6 @@
 #pragma once
 
 #include <string>
-
 #include <tessarix/core/nonlinear_regression.hpp>
 
 namespace tessarix::tool {

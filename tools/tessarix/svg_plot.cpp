@@ -17,7 +17,7 @@ namespace {
 // Page layout in pixels.
 constexpr double kWidth = 880;
 constexpr double kHeight = 660;
-constexpr double kLeft = 96;    // room for the y tick labels and the y label
+constexpr double kLeft = 96;  // room for the y tick labels and the y label
 constexpr double kRight = 860;
 constexpr double kFitTop = 78;  // below title and subtitle
 constexpr double kFitBottom = 428;
@@ -34,12 +34,23 @@ std::string Xml(std::string_view text) {
   out.reserve(clean.size());
   for (char c : clean) {
     switch (c) {
-      case '&': out += "&amp;"; break;
-      case '<': out += "&lt;"; break;
-      case '>': out += "&gt;"; break;
-      case '"': out += "&quot;"; break;
-      case '\'': out += "&apos;"; break;
-      default: out.push_back(c);
+      case '&':
+        out += "&amp;";
+        break;
+      case '<':
+        out += "&lt;";
+        break;
+      case '>':
+        out += "&gt;";
+        break;
+      case '"':
+        out += "&quot;";
+        break;
+      case '\'':
+        out += "&apos;";
+        break;
+      default:
+        out.push_back(c);
     }
   }
   return out;
@@ -56,7 +67,11 @@ struct Range {
   bool empty = true;
   void Add(double v) {
     if (!std::isfinite(v)) return;
-    if (empty) { lo = hi = v; empty = false; return; }
+    if (empty) {
+      lo = hi = v;
+      empty = false;
+      return;
+    }
     lo = std::min(lo, v);
     hi = std::max(hi, v);
   }
@@ -71,7 +86,10 @@ Range FitPanelRange(const FitPlotData& data) {
   const double lo_limit = r.lo - 0.5 * span, hi_limit = r.hi + 0.5 * span;
   for (const auto& run : data.curve) {
     for (const auto& p : run) {
-      if (r.empty) { r.Add(p.second); continue; }
+      if (r.empty) {
+        r.Add(p.second);
+        continue;
+      }
       r.Add(std::clamp(p.second, lo_limit, hi_limit));
     }
   }
@@ -84,18 +102,16 @@ class SvgWriter {
   std::ostringstream out;
 
   void Line(double x1, double y1, double x2, double y2, const std::string& attrs) {
-    out << "<line x1=\"" << Px(x1) << "\" y1=\"" << Px(y1) << "\" x2=\"" << Px(x2) << "\" y2=\""
-        << Px(y2) << "\" " << attrs << "/>\n";
+    out << "<line x1=\"" << Px(x1) << "\" y1=\"" << Px(y1) << "\" x2=\"" << Px(x2) << "\" y2=\"" << Px(y2) << "\" "
+        << attrs << "/>\n";
   }
   void Text(double x, double y, std::string_view text, const std::string& attrs) {
-    out << "<text x=\"" << Px(x) << "\" y=\"" << Px(y) << "\" " << attrs << ">" << Xml(text)
-        << "</text>\n";
+    out << "<text x=\"" << Px(x) << "\" y=\"" << Px(y) << "\" " << attrs << ">" << Xml(text) << "</text>\n";
   }
 };
 
 // Grid lines and tick labels of a y axis, the frame of its panel.
-void DrawYAxis(SvgWriter& svg, const AxisScale& scale, const AxisMap& map, double top,
-               double bottom) {
+void DrawYAxis(SvgWriter& svg, const AxisScale& scale, const AxisMap& map, double top, double bottom) {
   svg.out << "<g class=\"y-axis\">\n";
   for (double t : scale.ticks) {
     const double py = map(t);
@@ -103,13 +119,12 @@ void DrawYAxis(SvgWriter& svg, const AxisScale& scale, const AxisMap& map, doubl
     svg.Line(kLeft - 5, py, kLeft, py, "stroke=\"#000\"");
     svg.Text(kLeft - 8, py + 4, TickLabel(t, scale.step), "text-anchor=\"end\" class=\"tick-label\"");
   }
-  svg.out << "<rect x=\"" << Px(kLeft) << "\" y=\"" << Px(top) << "\" width=\"" << Px(kRight - kLeft)
-          << "\" height=\"" << Px(bottom - top) << "\" fill=\"none\" stroke=\"#000\"/>\n";
+  svg.out << "<rect x=\"" << Px(kLeft) << "\" y=\"" << Px(top) << "\" width=\"" << Px(kRight - kLeft) << "\" height=\""
+          << Px(bottom - top) << "\" fill=\"none\" stroke=\"#000\"/>\n";
   svg.out << "</g>\n";
 }
 
-void DrawXGrid(SvgWriter& svg, const AxisScale& scale, const AxisMap& map, double top, double bottom,
-               bool labels) {
+void DrawXGrid(SvgWriter& svg, const AxisScale& scale, const AxisMap& map, double top, double bottom, bool labels) {
   svg.out << "<g class=\"x-axis\">\n";
   for (double t : scale.ticks) {
     const double px = map(t);
@@ -123,9 +138,8 @@ void DrawXGrid(SvgWriter& svg, const AxisScale& scale, const AxisMap& map, doubl
 }
 
 void ClipPath(SvgWriter& svg, const char* id, double top, double bottom) {
-  svg.out << "<clipPath id=\"" << id << "\"><rect x=\"" << Px(kLeft) << "\" y=\"" << Px(top)
-          << "\" width=\"" << Px(kRight - kLeft) << "\" height=\"" << Px(bottom - top)
-          << "\"/></clipPath>\n";
+  svg.out << "<clipPath id=\"" << id << "\"><rect x=\"" << Px(kLeft) << "\" y=\"" << Px(top) << "\" width=\""
+          << Px(kRight - kLeft) << "\" height=\"" << Px(bottom - top) << "\"/></clipPath>\n";
 }
 
 }  // namespace
@@ -152,8 +166,8 @@ std::string RenderFitPlot(const FitPlotData& data) {
 
   SvgWriter svg;
   svg.out << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-          << "<svg xmlns=\"http://www.w3.org/2000/svg\" version=\"1.1\" width=\"" << kWidth
-          << "\" height=\"" << kHeight << "\" viewBox=\"0 0 " << kWidth << ' ' << kHeight
+          << "<svg xmlns=\"http://www.w3.org/2000/svg\" version=\"1.1\" width=\"" << kWidth << "\" height=\"" << kHeight
+          << "\" viewBox=\"0 0 " << kWidth << ' ' << kHeight
           << "\" font-family=\"DejaVu Sans, Helvetica, Arial, sans-serif\" font-size=\"12\">\n";
   svg.out << "<title>" << Xml(data.title) << "</title>\n";
   svg.out << "<defs>\n";
@@ -163,15 +177,14 @@ std::string RenderFitPlot(const FitPlotData& data) {
   svg.out << "<rect width=\"100%\" height=\"100%\" fill=\"#fff\"/>\n";
   svg.Text(kWidth / 2, 28, Abbreviate(data.title, 110),
            "text-anchor=\"middle\" font-size=\"15\" font-weight=\"bold\" class=\"title\"");
-  svg.Text(kWidth / 2, 50, Abbreviate(data.subtitle, 130),
-           "text-anchor=\"middle\" fill=\"#444\" class=\"subtitle\"");
+  svg.Text(kWidth / 2, 50, Abbreviate(data.subtitle, 130), "text-anchor=\"middle\" fill=\"#444\" class=\"subtitle\"");
 
   // Upper panel: observations and the fitted curve.
   svg.out << "<g class=\"fit-panel\">\n";
   DrawXGrid(svg, xs, mx, kFitTop, kFitBottom, false);
   DrawYAxis(svg, ys, my, kFitTop, kFitBottom);
-  svg.out << "<g class=\"fitted-curve\" clip-path=\"url(#fit-area)\" fill=\"none\" stroke=\""
-          << kCurveColour << "\" stroke-width=\"2\">\n";
+  svg.out << "<g class=\"fitted-curve\" clip-path=\"url(#fit-area)\" fill=\"none\" stroke=\"" << kCurveColour
+          << "\" stroke-width=\"2\">\n";
   for (const auto& run : data.curve) {
     // A step from above the panel to below it (or back) is a pole: the
     // curve is broken there rather than joined by a vertical line.
@@ -200,8 +213,7 @@ std::string RenderFitPlot(const FitPlotData& data) {
           << "\" fill-opacity=\"0.75\" stroke=\"#0b2f5a\" stroke-width=\"0.8\">\n";
   const std::size_t n = std::min(data.x.size(), data.y.size());
   for (std::size_t i = 0; i < n; ++i) {
-    svg.out << "<circle cx=\"" << Px(mx(data.x[i])) << "\" cy=\"" << Px(my(data.y[i]))
-            << "\" r=\"3.5\"/>\n";
+    svg.out << "<circle cx=\"" << Px(mx(data.x[i])) << "\" cy=\"" << Px(my(data.y[i])) << "\" r=\"3.5\"/>\n";
   }
   svg.out << "</g>\n";
   // Legend, top left inside the panel.
@@ -222,8 +234,8 @@ std::string RenderFitPlot(const FitPlotData& data) {
   DrawXGrid(svg, xs, mx, kResTop, kResBottom, true);
   DrawYAxis(svg, rs, mr, kResTop, kResBottom);
   svg.Line(kLeft, mr(0.0), kRight, mr(0.0), "stroke=\"#555\" stroke-dasharray=\"5,3\" class=\"zero-line\"");
-  svg.out << "<g class=\"residuals\" clip-path=\"url(#residual-area)\" fill=\"" << kPointColour
-          << "\" stroke=\"" << kPointColour << "\">\n";
+  svg.out << "<g class=\"residuals\" clip-path=\"url(#residual-area)\" fill=\"" << kPointColour << "\" stroke=\""
+          << kPointColour << "\">\n";
   const std::size_t nr = std::min(data.x.size(), data.residuals.size());
   for (std::size_t i = 0; i < nr; ++i) {
     const double px = mx(data.x[i]);
@@ -237,12 +249,12 @@ std::string RenderFitPlot(const FitPlotData& data) {
   svg.Text((kLeft + kRight) / 2, kResBottom + 44, data.x_label,
            "text-anchor=\"middle\" font-size=\"13\" class=\"axis-label\"");
   const double fit_mid = (kFitTop + kFitBottom) / 2, res_mid = (kResTop + kResBottom) / 2;
-  svg.Text(22, fit_mid, data.y_label,
-           "text-anchor=\"middle\" font-size=\"13\" class=\"axis-label\" transform=\"rotate(-90 22 " +
-               Px(fit_mid) + ")\"");
-  svg.Text(22, res_mid, "residual",
-           "text-anchor=\"middle\" font-size=\"13\" class=\"axis-label\" transform=\"rotate(-90 22 " +
-               Px(res_mid) + ")\"");
+  svg.Text(
+      22, fit_mid, data.y_label,
+      "text-anchor=\"middle\" font-size=\"13\" class=\"axis-label\" transform=\"rotate(-90 22 " + Px(fit_mid) + ")\"");
+  svg.Text(
+      22, res_mid, "residual",
+      "text-anchor=\"middle\" font-size=\"13\" class=\"axis-label\" transform=\"rotate(-90 22 " + Px(res_mid) + ")\"");
   svg.out << "</svg>\n";
   return svg.out.str();
 }

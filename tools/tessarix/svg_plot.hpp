@@ -14,7 +14,7 @@ struct FitPlotData {
   std::string subtitle;  // one line of statistics under the title
   std::string x_label;
   std::string y_label;
-  std::vector<double> x;          // observations
+  std::vector<double> x;  // observations
   std::vector<double> y;
   std::vector<double> residuals;  // one per observation
   // The fitted curve as runs of (x, y) points; a break between runs is a

@@ -61,10 +61,17 @@ std::size_t Utf8SequenceLength(std::string_view s) {
   std::size_t len = 0;
   std::uint32_t cp = 0;
   if (b0 < 0x80) return 1;
-  if (b0 >= 0xC2 && b0 <= 0xDF) { len = 2; cp = b0 & 0x1Fu; }
-  else if (b0 >= 0xE0 && b0 <= 0xEF) { len = 3; cp = b0 & 0x0Fu; }
-  else if (b0 >= 0xF0 && b0 <= 0xF4) { len = 4; cp = b0 & 0x07u; }
-  else return 0;
+  if (b0 >= 0xC2 && b0 <= 0xDF) {
+    len = 2;
+    cp = b0 & 0x1Fu;
+  } else if (b0 >= 0xE0 && b0 <= 0xEF) {
+    len = 3;
+    cp = b0 & 0x0Fu;
+  } else if (b0 >= 0xF0 && b0 <= 0xF4) {
+    len = 4;
+    cp = b0 & 0x07u;
+  } else
+    return 0;
   if (s.size() < len) return 0;
   for (std::size_t i = 1; i < len; ++i) {
     const auto b = static_cast<unsigned char>(s[i]);

@@ -15,7 +15,6 @@ struct NonlinearRegressionImpl;
 // are; any other failure leaves no model and raises 10001 with the failure's
 // description, which is also stored as the last error text. The caller has
 // reset the object and set the model kind.
-void InstallTextModel(NonlinearRegressionImpl& r, const tessarix::ModelDefinition& definition,
-                      InputLocaleEnum locale);
+void InstallTextModel(NonlinearRegressionImpl& r, const tessarix::ModelDefinition& definition, InputLocaleEnum locale);
 
 }  // namespace tessarix::detail

@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "tessarix/foundation/enums.hpp"
-#include "tessarix/language/text_model.hpp"
 #include "tessarix/language/model_definition.hpp"
+#include "tessarix/language/text_model.hpp"
 #include "tessarix/numerics/one_based.hpp"
 #include "tessarix/platform/variant.hpp"
 

@@ -38,7 +38,9 @@ struct NonlinearRegressionImpl final : RunModel {
   void BeginDefinition();
 
   // ---- RunModel ---------------------------------------------------------------
-  bool EvaluateAt(std::int32_t i, double& value) override { return EvaluateModel(x[static_cast<std::size_t>(i)], value); }
+  bool EvaluateAt(std::int32_t i, double& value) override {
+    return EvaluateModel(x[static_cast<std::size_t>(i)], value);
+  }
   bool DerivativesAt(std::int32_t i, const std::int32_t* ia, double* dyda) override {
     return ParameterDerivatives(x[static_cast<std::size_t>(i)], ia, dyda);
   }

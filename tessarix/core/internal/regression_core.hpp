@@ -11,8 +11,8 @@
 #include <string>
 #include <string_view>
 
-#include "tessarix/language/data_statistics.hpp"
 #include "tessarix/foundation/enums.hpp"
+#include "tessarix/language/data_statistics.hpp"
 #include "tessarix/numerics/one_based.hpp"
 
 namespace tessarix {

@@ -26,10 +26,18 @@ constexpr double kFalse = 0.0;
 // 32-bit integers may also raise "Overflow", which the caller catches.
 [[nodiscard]] inline bool Binary(std::int16_t code, double a, double b, double& r) {
   switch (static_cast<BinaryOp>(code)) {
-    case BinaryOp::Power: r = Power(a, b); break;
-    case BinaryOp::Add: r = a + b; break;
-    case BinaryOp::Subtract: r = a - b; break;
-    case BinaryOp::Multiply: r = a * b; break;
+    case BinaryOp::Power:
+      r = Power(a, b);
+      break;
+    case BinaryOp::Add:
+      r = a + b;
+      break;
+    case BinaryOp::Subtract:
+      r = a - b;
+      break;
+    case BinaryOp::Multiply:
+      r = a * b;
+      break;
     case BinaryOp::Divide:
       if (b == 0.0) return false;
       r = a / b;
@@ -47,30 +55,53 @@ constexpr double kFalse = 0.0;
       r = ib == -1 ? 0.0 : static_cast<double>(ia % ib);
       break;
     }
-    case BinaryOp::Equal: r = a == b ? kTrue : kFalse; break;
-    case BinaryOp::Less: r = a < b ? kTrue : kFalse; break;
-    case BinaryOp::Greater: r = a > b ? kTrue : kFalse; break;
-    case BinaryOp::NotEqual: r = a != b ? kTrue : kFalse; break;
-    case BinaryOp::LessEqual: r = a <= b ? kTrue : kFalse; break;
-    case BinaryOp::GreaterEqual: r = a >= b ? kTrue : kFalse; break;
-    case BinaryOp::And: r = static_cast<double>(RoundToInt32(a) & RoundToInt32(b)); break;
-    case BinaryOp::Or: r = static_cast<double>(RoundToInt32(a) | RoundToInt32(b)); break;
-    case BinaryOp::Xor: r = static_cast<double>(RoundToInt32(a) ^ RoundToInt32(b)); break;
-    case BinaryOp::Eqv: r = static_cast<double>(~(RoundToInt32(a) ^ RoundToInt32(b))); break;
-    case BinaryOp::Imp: r = static_cast<double>(~RoundToInt32(a) | RoundToInt32(b)); break;
-    default: return false;
+    case BinaryOp::Equal:
+      r = a == b ? kTrue : kFalse;
+      break;
+    case BinaryOp::Less:
+      r = a < b ? kTrue : kFalse;
+      break;
+    case BinaryOp::Greater:
+      r = a > b ? kTrue : kFalse;
+      break;
+    case BinaryOp::NotEqual:
+      r = a != b ? kTrue : kFalse;
+      break;
+    case BinaryOp::LessEqual:
+      r = a <= b ? kTrue : kFalse;
+      break;
+    case BinaryOp::GreaterEqual:
+      r = a >= b ? kTrue : kFalse;
+      break;
+    case BinaryOp::And:
+      r = static_cast<double>(RoundToInt32(a) & RoundToInt32(b));
+      break;
+    case BinaryOp::Or:
+      r = static_cast<double>(RoundToInt32(a) | RoundToInt32(b));
+      break;
+    case BinaryOp::Xor:
+      r = static_cast<double>(RoundToInt32(a) ^ RoundToInt32(b));
+      break;
+    case BinaryOp::Eqv:
+      r = static_cast<double>(~(RoundToInt32(a) ^ RoundToInt32(b)));
+      break;
+    case BinaryOp::Imp:
+      r = static_cast<double>(~RoundToInt32(a) | RoundToInt32(b));
+      break;
+    default:
+      return false;
   }
   return std::isfinite(r);
 }
 
 // The top of the stack is kept in a register (`top`); the cells below it are
 // in memory, st[1..sp-1]. A push spills the old top.
-#define TSX_PUSH(v)  \
-  {                  \
-    st[sp] = top;    \
-    ++sp;            \
-    top = (v);       \
-    break;           \
+#define TSX_PUSH(v) \
+  {                 \
+    st[sp] = top;   \
+    ++sp;           \
+    top = (v);      \
+    break;          \
   }
 // Replaces the top by a one-argument result; false for a non-finite one.
 #define TSX_UNARY(expr)                   \
@@ -126,12 +157,18 @@ bool Run(const ModelProgram& program, EvaluationScratch& scratch, const double* 
   while (pc <= length) {
     const Instruction& in = code[pc];
     switch (in.op) {
-      case Instr::Skip: break;
-      case Instr::Variable: TSX_PUSH(x)
-      case Instr::Constant: TSX_PUSH(in.value)
-      case Instr::Parameter: TSX_PUSH(parameters[in.a])
-      case Instr::DataWord: TSX_PUSH(stats.Lookup(static_cast<DataWord>(in.a)))
-      case Instr::Recall: TSX_PUSH(saved[in.a])
+      case Instr::Skip:
+        break;
+      case Instr::Variable:
+        TSX_PUSH(x)
+      case Instr::Constant:
+        TSX_PUSH(in.value)
+      case Instr::Parameter:
+        TSX_PUSH(parameters[in.a])
+      case Instr::DataWord:
+        TSX_PUSH(stats.Lookup(static_cast<DataWord>(in.a)))
+      case Instr::Recall:
+        TSX_PUSH(saved[in.a])
       case Instr::Save:
         if (kChecked && sp < 0) return false;
         saved[in.a] = top;
@@ -144,10 +181,14 @@ bool Run(const ModelProgram& program, EvaluationScratch& scratch, const double* 
         if (kChecked && sp < 0) return false;
         top = static_cast<double>(~RoundToInt32(top));
         break;
-      case Instr::Add: TSX_BINARY(a + b)
-      case Instr::Subtract: TSX_BINARY(a - b)
-      case Instr::Multiply: TSX_BINARY(a * b)
-      case Instr::Divide: TSX_BINARY(b == 0.0 ? std::numeric_limits<double>::quiet_NaN() : a / b)
+      case Instr::Add:
+        TSX_BINARY(a + b)
+      case Instr::Subtract:
+        TSX_BINARY(a - b)
+      case Instr::Multiply:
+        TSX_BINARY(a * b)
+      case Instr::Divide:
+        TSX_BINARY(b == 0.0 ? std::numeric_limits<double>::quiet_NaN() : a / b)
       case Instr::Binary: {
         --sp;
         if (kChecked && sp < 0) return false;
@@ -156,26 +197,44 @@ bool Run(const ModelProgram& program, EvaluationScratch& scratch, const double* 
         top = r;
         break;
       }
-      case Instr::AddX: TSX_FUSED(x, a + b)
-      case Instr::SubtractX: TSX_FUSED(x, a - b)
-      case Instr::MultiplyX: TSX_FUSED(x, a * b)
-      case Instr::DivideX: TSX_FUSED(x, b == 0.0 ? std::numeric_limits<double>::quiet_NaN() : a / b)
-      case Instr::AddParameter: TSX_FUSED(parameters[in.a], a + b)
-      case Instr::SubtractParameter: TSX_FUSED(parameters[in.a], a - b)
-      case Instr::MultiplyParameter: TSX_FUSED(parameters[in.a], a * b)
+      case Instr::AddX:
+        TSX_FUSED(x, a + b)
+      case Instr::SubtractX:
+        TSX_FUSED(x, a - b)
+      case Instr::MultiplyX:
+        TSX_FUSED(x, a * b)
+      case Instr::DivideX:
+        TSX_FUSED(x, b == 0.0 ? std::numeric_limits<double>::quiet_NaN() : a / b)
+      case Instr::AddParameter:
+        TSX_FUSED(parameters[in.a], a + b)
+      case Instr::SubtractParameter:
+        TSX_FUSED(parameters[in.a], a - b)
+      case Instr::MultiplyParameter:
+        TSX_FUSED(parameters[in.a], a * b)
       case Instr::DivideParameter:
         TSX_FUSED(parameters[in.a], b == 0.0 ? std::numeric_limits<double>::quiet_NaN() : a / b)
-      case Instr::AddConstant: TSX_FUSED(in.value, a + b)
-      case Instr::SubtractConstant: TSX_FUSED(in.value, a - b)
-      case Instr::MultiplyConstant: TSX_FUSED(in.value, a * b)
-      case Instr::DivideConstant: TSX_FUSED(in.value, b == 0.0 ? std::numeric_limits<double>::quiet_NaN() : a / b)
-      case Instr::Exp: TSX_UNARY(std::exp(v))
-      case Instr::Ln: TSX_UNARY(v > 0.0 ? std::log(v) : std::numeric_limits<double>::quiet_NaN())
-      case Instr::Sqrt: TSX_UNARY(v >= 0.0 ? std::sqrt(v) : std::numeric_limits<double>::quiet_NaN())
-      case Instr::Sin: TSX_UNARY(std::sin(v))
-      case Instr::Cos: TSX_UNARY(std::cos(v))
-      case Instr::Function1: TSX_UNARY(ApplyFunction1(in.code, v))
-      case Instr::Function2: TSX_BINARY(ApplyFunction2(in.code, a, b))
+      case Instr::AddConstant:
+        TSX_FUSED(in.value, a + b)
+      case Instr::SubtractConstant:
+        TSX_FUSED(in.value, a - b)
+      case Instr::MultiplyConstant:
+        TSX_FUSED(in.value, a * b)
+      case Instr::DivideConstant:
+        TSX_FUSED(in.value, b == 0.0 ? std::numeric_limits<double>::quiet_NaN() : a / b)
+      case Instr::Exp:
+        TSX_UNARY(std::exp(v))
+      case Instr::Ln:
+        TSX_UNARY(v > 0.0 ? std::log(v) : std::numeric_limits<double>::quiet_NaN())
+      case Instr::Sqrt:
+        TSX_UNARY(v >= 0.0 ? std::sqrt(v) : std::numeric_limits<double>::quiet_NaN())
+      case Instr::Sin:
+        TSX_UNARY(std::sin(v))
+      case Instr::Cos:
+        TSX_UNARY(std::cos(v))
+      case Instr::Function1:
+        TSX_UNARY(ApplyFunction1(in.code, v))
+      case Instr::Function2:
+        TSX_BINARY(ApplyFunction2(in.code, a, b))
       case Instr::Function3: {
         sp -= 2;
         if (kChecked && sp < 0) return false;
@@ -196,7 +255,8 @@ bool Run(const ModelProgram& program, EvaluationScratch& scratch, const double* 
       case Instr::EndTrue:
         pc = in.a;
         continue;
-      case Instr::Fail: return false;
+      case Instr::Fail:
+        return false;
     }
     ++pc;
   }

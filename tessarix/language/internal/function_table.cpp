@@ -5,12 +5,11 @@
 #include <cstring>
 #include <string>
 
+#include "tessarix/foundation/fault.hpp"
 #include "tessarix/numerics/polynomials.hpp"
 #include "tessarix/platform/checked.hpp"
-#include "tessarix/foundation/fault.hpp"
 
 namespace tessarix::detail {
-
 
 namespace {
 // The library's PI, not the full precision of a double.
@@ -110,26 +109,45 @@ double Limit707(double v) { return v > 707.0 ? 707.0 : (v < -707.0 ? -707.0 : v)
 double Elementary(std::int16_t code, Num v) {
   const double d = v.value();
   switch (code) {
-    case 1: return std::fabs(d);
-    case 2: return exp(v).value();
-    case 3: return std::trunc(d);
-    case 4: return std::floor(d);
-    case 5: return (v - std::trunc(d)).value();
+    case 1:
+      return std::fabs(d);
+    case 2:
+      return exp(v).value();
+    case 3:
+      return std::trunc(d);
+    case 4:
+      return std::floor(d);
+    case 5:
+      return (v - std::trunc(d)).value();
     case 6:
-    case 7: return log(v).value();
-    case 8: return (log(v) / log(Num(10.0))).value();
-    case 9: return RandomNumber(d);
-    case 10: return Sign(d);
-    case 11: return sqrt(v).value();
-    case 12: return cos(v).value();
-    case 13: return sin(v).value();
-    case 14: return tan(v).value();
-    case 15: return Atan2(d, sqrt(1.0 - v * v).value());
-    case 16: return (Num(Atan2((-v).value(), sqrt(1.0 - v * v).value())) + 2.0 * atan(Num(1.0))).value();
-    case 17: return atan(v).value();
-    case 18: return (1.0 / cos(v)).value();
-    case 19: return (1.0 / sin(v)).value();
-    case 20: return (1.0 / tan(v)).value();
+    case 7:
+      return log(v).value();
+    case 8:
+      return (log(v) / log(Num(10.0))).value();
+    case 9:
+      return RandomNumber(d);
+    case 10:
+      return Sign(d);
+    case 11:
+      return sqrt(v).value();
+    case 12:
+      return cos(v).value();
+    case 13:
+      return sin(v).value();
+    case 14:
+      return tan(v).value();
+    case 15:
+      return Atan2(d, sqrt(1.0 - v * v).value());
+    case 16:
+      return (Num(Atan2((-v).value(), sqrt(1.0 - v * v).value())) + 2.0 * atan(Num(1.0))).value();
+    case 17:
+      return atan(v).value();
+    case 18:
+      return (1.0 / cos(v)).value();
+    case 19:
+      return (1.0 / sin(v)).value();
+    case 20:
+      return (1.0 / tan(v)).value();
     case 21: {
       const Num t = 1.0 / v;
       return (Num(Atan2((-t).value(), sqrt(1.0 - t * t).value())) + 2.0 * atan(Num(1.0))).value();
@@ -138,7 +156,8 @@ double Elementary(std::int16_t code, Num v) {
       const Num t = 1.0 / v;
       return Atan2(t.value(), sqrt(1.0 - t * t).value());
     }
-    case 23: return (atan(v) + kShortHalfPi).value();
+    case 23:
+      return (atan(v) + kShortHalfPi).value();
     case 24: {
       const Num w = Limit707(d);
       return ((exp(w) - exp(-w)) / 2.0).value();
@@ -161,17 +180,28 @@ double Elementary(std::int16_t code, Num v) {
       if (d > 707.0) return 1.0;
       if (d < -707.0) return -1.0;
       return ((exp(v) + exp(-v)) / (exp(v) - exp(-v))).value();
-    case 30: return log(v + sqrt(v * v + 1.0)).value();
-    case 31: return log(v + sqrt(v * v - 1.0)).value();
-    case 32: return (log((1.0 + v) / (1.0 - v)) / 2.0).value();
-    case 33: return log((sqrt(1.0 - v * v) + 1.0) / v).value();
-    case 34: return log((Sign(d) * sqrt(v * v + 1.0) + 1.0) / v).value();
-    case 35: return (log((v + 1.0) / (v - 1.0)) / 2.0).value();
-    case 36: return (v * 180.0 / kPi).value();
-    case 37: return (v * kPi / 180.0).value();
-    case 90: return Floor(d);
-    case 91: return Ceil(d);
-    default: break;
+    case 30:
+      return log(v + sqrt(v * v + 1.0)).value();
+    case 31:
+      return log(v + sqrt(v * v - 1.0)).value();
+    case 32:
+      return (log((1.0 + v) / (1.0 - v)) / 2.0).value();
+    case 33:
+      return log((sqrt(1.0 - v * v) + 1.0) / v).value();
+    case 34:
+      return log((Sign(d) * sqrt(v * v + 1.0) + 1.0) / v).value();
+    case 35:
+      return (log((v + 1.0) / (v - 1.0)) / 2.0).value();
+    case 36:
+      return (v * 180.0 / kPi).value();
+    case 37:
+      return (v * kPi / 180.0).value();
+    case 90:
+      return Floor(d);
+    case 91:
+      return Ceil(d);
+    default:
+      break;
   }
   RaiseFault(FaultKind::InvalidCall);
 }
@@ -184,10 +214,14 @@ double ApplyFunction1(std::int16_t code, double v) {
 
 double ApplyFunction2(std::int16_t code, double a, double b) {
   switch (code) {
-    case 71: return MaxOf(a, b);
-    case 72: return MinOf(a, b);
-    case 73: return Magnitude(a, b);
-    default: return SpecialFunction2(code, a, b);
+    case 71:
+      return MaxOf(a, b);
+    case 72:
+      return MinOf(a, b);
+    case 73:
+      return Magnitude(a, b);
+    default:
+      return SpecialFunction2(code, a, b);
   }
 }
 

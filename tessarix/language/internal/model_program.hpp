@@ -35,23 +35,38 @@ enum class OpKind : std::int16_t {
 
 // ORDER: the data words, in the order of DataWord.
 inline constexpr std::array<std::string_view, kDataWordCount> kDataWords = {
-    "xmin", "xmax", "ymin", "ymax", "xmean", "ymean", "xstd", "ystd",
-    "xatymin", "xatymax", "yatxmin", "yatxmax", "xrange", "yrange"};
+    "xmin", "xmax",    "ymin",    "ymax",    "xmean",   "ymean",  "xstd",
+    "ystd", "xatymin", "xatymax", "yatxmin", "yatxmax", "xrange", "yrange"};
 static_assert(kDataWords[static_cast<std::size_t>(DataWord::XAtYMin)] == "xatymin" &&
               kDataWords[static_cast<std::size_t>(DataWord::YRange)] == "yrange");
 
 // ORDER: operator codes of OpKind::Binary.
 enum class BinaryOp : std::int16_t {
-  Power = 1, Add, Subtract, Multiply, Divide, IntDivide, Mod,
-  Equal, Less, Greater, NotEqual, LessEqual, GreaterEqual,
-  And, Or, Xor, Eqv, Imp,
+  Power = 1,
+  Add,
+  Subtract,
+  Multiply,
+  Divide,
+  IntDivide,
+  Mod,
+  Equal,
+  Less,
+  Greater,
+  NotEqual,
+  LessEqual,
+  GreaterEqual,
+  And,
+  Or,
+  Xor,
+  Eqv,
+  Imp,
 };
 
 enum class UnaryOp : std::int16_t { Negate = 1, Not = 2 };
 
 struct ModelOp {
   OpKind kind = OpKind::None;
-  std::string text;            // the token as compiled; never read by the evaluator
+  std::string text;  // the token as compiled; never read by the evaluator
   std::int16_t param_index = 0;
   std::int16_t code = 0;
   double value = 0.0;
@@ -65,16 +80,40 @@ struct JumpEntry {
 // One instruction of the evaluator: what a record does, with every lookup
 // (parameter, data word, jump) resolved when the program is finished.
 enum class Instr : std::uint8_t {
-  Skip, Variable, Constant, Parameter, DataWord, Save, Recall, Negate, Not,
-  Add, Subtract, Multiply, Divide,  // the IEEE operators, checked
-  Binary,     // code: BinaryOp, the others
-  Exp, Ln, Sqrt, Sin, Cos,            // the common one-argument words
+  Skip,
+  Variable,
+  Constant,
+  Parameter,
+  DataWord,
+  Save,
+  Recall,
+  Negate,
+  Not,
+  Add,
+  Subtract,
+  Multiply,
+  Divide,  // the IEEE operators, checked
+  Binary,  // code: BinaryOp, the others
+  Exp,
+  Ln,
+  Sqrt,
+  Sin,
+  Cos,  // the common one-argument words
   // A push of x, a parameter or a constant and the IEEE operator of the next
   // record, done in one step (then pc + 2). The next record keeps its own
   // instruction, so a jump to it still finds it.
-  AddX, SubtractX, MultiplyX, DivideX,
-  AddParameter, SubtractParameter, MultiplyParameter, DivideParameter,
-  AddConstant, SubtractConstant, MultiplyConstant, DivideConstant,
+  AddX,
+  SubtractX,
+  MultiplyX,
+  DivideX,
+  AddParameter,
+  SubtractParameter,
+  MultiplyParameter,
+  DivideParameter,
+  AddConstant,
+  SubtractConstant,
+  MultiplyConstant,
+  DivideConstant,
   Function1,  // code: function code, replaces the top
   Function2,  // code: function code, pops one
   Function3,  // code: function code, pops two

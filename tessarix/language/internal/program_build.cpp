@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "tessarix/language/internal/compiler.hpp"
 #include "tessarix/foundation/fault.hpp"
+#include "tessarix/language/internal/compiler.hpp"
 #include "tessarix/platform/rounding.hpp"
 
 namespace tessarix::detail {
@@ -130,8 +130,11 @@ namespace {
 void FuseOperands(std::vector<Instruction>& code) {
   auto fused = [](Instr push, Instr op) -> Instr {
     const int row = push == Instr::Variable ? 0 : push == Instr::Parameter ? 1 : push == Instr::Constant ? 2 : -1;
-    const int column = op == Instr::Add ? 0 : op == Instr::Subtract ? 1 : op == Instr::Multiply ? 2
-                       : op == Instr::Divide ? 3 : -1;
+    const int column = op == Instr::Add        ? 0
+                       : op == Instr::Subtract ? 1
+                       : op == Instr::Multiply ? 2
+                       : op == Instr::Divide   ? 3
+                                               : -1;
     if (row < 0 || column < 0) return Instr::Skip;
     return static_cast<Instr>(static_cast<int>(Instr::AddX) + 4 * row + column);
   };
@@ -150,19 +153,33 @@ void FinishProgram(ModelProgram& program, std::int32_t parameter_count) {
     Instruction& in = code[static_cast<std::size_t>(i)];
     in.code = op.code;
     switch (op.kind) {
-      case OpKind::Variable: in.op = Instr::Variable; break;
+      case OpKind::Variable:
+        in.op = Instr::Variable;
+        break;
       case OpKind::Constant:
         in.op = Instr::Constant;
         in.value = op.value;
         break;
-      case OpKind::Unary: in.op = op.code == static_cast<std::int16_t>(UnaryOp::Negate) ? Instr::Negate : Instr::Not; break;
+      case OpKind::Unary:
+        in.op = op.code == static_cast<std::int16_t>(UnaryOp::Negate) ? Instr::Negate : Instr::Not;
+        break;
       case OpKind::Binary:
         switch (static_cast<BinaryOp>(op.code)) {
-          case BinaryOp::Add: in.op = Instr::Add; break;
-          case BinaryOp::Subtract: in.op = Instr::Subtract; break;
-          case BinaryOp::Multiply: in.op = Instr::Multiply; break;
-          case BinaryOp::Divide: in.op = Instr::Divide; break;
-          default: in.op = Instr::Binary; break;
+          case BinaryOp::Add:
+            in.op = Instr::Add;
+            break;
+          case BinaryOp::Subtract:
+            in.op = Instr::Subtract;
+            break;
+          case BinaryOp::Multiply:
+            in.op = Instr::Multiply;
+            break;
+          case BinaryOp::Divide:
+            in.op = Instr::Divide;
+            break;
+          default:
+            in.op = Instr::Binary;
+            break;
         }
         break;
       case OpKind::Parameter:
@@ -206,22 +223,41 @@ void FinishProgram(ModelProgram& program, std::int32_t parameter_count) {
         switch (FunctionArity(op.code)) {
           case 1:
             switch (op.code) {
-              case 2: in.op = Instr::Exp; break;
+              case 2:
+                in.op = Instr::Exp;
+                break;
               case 6:
-              case 7: in.op = Instr::Ln; break;
-              case 11: in.op = Instr::Sqrt; break;
-              case 12: in.op = Instr::Cos; break;
-              case 13: in.op = Instr::Sin; break;
-              default: in.op = Instr::Function1; break;
+              case 7:
+                in.op = Instr::Ln;
+                break;
+              case 11:
+                in.op = Instr::Sqrt;
+                break;
+              case 12:
+                in.op = Instr::Cos;
+                break;
+              case 13:
+                in.op = Instr::Sin;
+                break;
+              default:
+                in.op = Instr::Function1;
+                break;
             }
             break;
-          case 2: in.op = Instr::Function2; break;
-          case 3: in.op = Instr::Function3; break;
-          default: in.op = Instr::Fail; break;
+          case 2:
+            in.op = Instr::Function2;
+            break;
+          case 3:
+            in.op = Instr::Function3;
+            break;
+          default:
+            in.op = Instr::Fail;
+            break;
         }
         break;
       }
-      case OpKind::None: break;
+      case OpKind::None:
+        break;
     }
   }
   FuseOperands(code);

@@ -9,16 +9,26 @@ namespace tessarix::detail {
 namespace {
 const char* KindName(OpKind kind) {
   switch (kind) {
-    case OpKind::Variable: return "var";
-    case OpKind::Constant: return "const";
-    case OpKind::Unary: return "unary";
-    case OpKind::Function: return "func";
-    case OpKind::Binary: return "binary";
-    case OpKind::Parameter: return "param";
-    case OpKind::DataWord: return "data";
-    case OpKind::Save: return "save";
-    case OpKind::Recall: return "recall";
-    case OpKind::None: break;
+    case OpKind::Variable:
+      return "var";
+    case OpKind::Constant:
+      return "const";
+    case OpKind::Unary:
+      return "unary";
+    case OpKind::Function:
+      return "func";
+    case OpKind::Binary:
+      return "binary";
+    case OpKind::Parameter:
+      return "param";
+    case OpKind::DataWord:
+      return "data";
+    case OpKind::Save:
+      return "save";
+    case OpKind::Recall:
+      return "recall";
+    case OpKind::None:
+      break;
   }
   return "none";
 }

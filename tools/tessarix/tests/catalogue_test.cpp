@@ -1,9 +1,9 @@
 // The catalogue listing of `tessarix models` and the search in it.
+#include "catalogue.hpp"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
-
-#include "catalogue.hpp"
 
 namespace tessarix::tool {
 namespace {
@@ -29,15 +29,14 @@ TEST(FindModels, MatchesIdDefinitionOrDescriptionWithoutCase) {
   EXPECT_TRUE(HasId(exponential, 37));  // Modified Exponential
   EXPECT_FALSE(HasId(exponential, 1));
   const auto by_text = FindModels(all, "x^b");
-  EXPECT_TRUE(HasId(by_text, 34));      // a*x^b
+  EXPECT_TRUE(HasId(by_text, 34));  // a*x^b
   EXPECT_FALSE(HasId(by_text, 36));
   EXPECT_TRUE(HasId(FindModels(all, "36"), 36));
   EXPECT_TRUE(FindModels(all, "no such word").empty());
 }
 
 TEST(ModelListing, OneAlignedLinePerModelUnderAHeading) {
-  const std::vector<CatalogueEntry> entries = {{1, "a*x+b", "First Order Polynomial"},
-                                               {26, "log(x-a)", ""}};
+  const std::vector<CatalogueEntry> entries = {{1, "a*x+b", "First Order Polynomial"}, {26, "log(x-a)", ""}};
   EXPECT_EQ(ModelListing(entries),
             "  ID  Definition  Description\n"
             "   1  a*x+b       First Order Polynomial\n"

@@ -36,8 +36,8 @@ TEST(CommandLine, VersionAndHelp) {
   }
   const auto fit_help = RunTool({"fit", "--help"});
   EXPECT_EQ(fit_help.status, 0);
-  for (const char* option : {"--model", "--model-id", "--estimate", "--fix", "--sd", "--delimiter",
-                             "--max-iterations", "--tolerance", "--log", "--table", "--plot"}) {
+  for (const char* option : {"--model", "--model-id", "--estimate", "--fix", "--sd", "--delimiter", "--max-iterations",
+                             "--tolerance", "--log", "--table", "--plot"}) {
     EXPECT_NE(fit_help.out.find(option), std::string::npos) << option;
   }
 }
@@ -81,12 +81,10 @@ TEST(CommandLine, ErrorsGiveTheirMessageAndStatus) {
   // A fit that fails reports LastSolveError.
   const std::string two_rows = ScratchPath("two_rows.csv");
   WriteFile(two_rows, "x,y\n1,2\n2,4\n");
-  ExpectError({"fit", two_rows, "--model", "a*x+b"}, 1,
-              "the fit failed: Solution failed: not enough data points");
+  ExpectError({"fit", two_rows, "--model", "a*x+b"}, 1, "the fit failed: Solution failed: not enough data points");
   const std::string rising = ScratchPath("rising.csv");
   WriteFile(rising, "x,y\n1,2\n2,3\n3,4\n4,5\n");
-  ExpectError({"fit", rising, "--model", "log(a-x)"}, 1,
-              "the fit failed: Error evaluating the function at X = 1\n");
+  ExpectError({"fit", rising, "--model", "log(a-x)"}, 1, "the fit failed: Error evaluating the function at X = 1\n");
 
   // Output files that cannot be written.
   ExpectError({"fit", misra, "--model-id", "1", "--plot", ScratchPath("no/such/folder/fit.svg")}, 1,

@@ -1,14 +1,13 @@
 // The CSV writer of result tables.
+#include "csv_table.hpp"
+
 #include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <sstream>
-#include <vector>
-
 #include <tessarix/data/data_collection.hpp>
 #include <tessarix/data/data_series.hpp>
-
-#include "csv_table.hpp"
+#include <vector>
 
 namespace tessarix::tool {
 namespace {

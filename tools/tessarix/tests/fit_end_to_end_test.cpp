@@ -68,8 +68,8 @@ struct Certified {
   double value, standard_error;
 };
 
-void ExpectCertified(const std::string& report, const std::vector<Certified>& certified,
-                     double sse, double residual_sd) {
+void ExpectCertified(const std::string& report, const std::vector<Certified>& certified, double sse,
+                     double residual_sd) {
   const auto table = ParameterTable(report);
   ASSERT_EQ(table.size(), certified.size()) << report;
   for (const Certified& c : certified) {
@@ -85,18 +85,16 @@ void ExpectCertified(const std::string& report, const std::vector<Certified>& ce
 TEST(FitCommand, Misra1aReproducesTheCertifiedValuesAndWritesItsFiles) {
   const std::string svg = ScratchPath("misra1a.svg"), csv = ScratchPath("misra1a.csv"),
                     log = ScratchPath("misra1a.log");
-  const auto run = RunTool({"fit", ExamplePath("misra1a.csv"), "--model", "b1*(1-exp(-b2*x))",
-                            "--estimate", "b1=500", "--estimate", "b2=0.0001", "--plot", svg,
-                            "--table", csv, "--log", log});
+  const auto run = RunTool({"fit", ExamplePath("misra1a.csv"), "--model", "b1*(1-exp(-b2*x))", "--estimate", "b1=500",
+                            "--estimate", "b2=0.0001", "--plot", svg, "--table", csv, "--log", log});
   ASSERT_EQ(run.status, 0) << run.err;
   EXPECT_EQ(run.err, "");
-  ExpectCertified(run.out,
-                  {{"b1", 2.3894212918E+02, 2.7070075241E+00}, {"b2", 5.5015643181E-04, 7.2668688436E-06}},
+  ExpectCertified(run.out, {{"b1", 2.3894212918E+02, 2.7070075241E+00}, {"b2", 5.5015643181E-04, 7.2668688436E-06}},
                   1.2455138894E-01, 1.0187876330E-01);
-  for (const char* part : {"Model         y = b1*(1-exp(-b2*x))", "Observations  14",
-                           "Convergence   Solution converged", "Std. error", "t prob.",
-                           "95% CI +/-", "Adjusted R2", "Durbin-Watson", "F probability",
-                           "regression 1, error 12, total 13", "Root mean square", "x = pressure, y = volume"}) {
+  for (const char* part :
+       {"Model         y = b1*(1-exp(-b2*x))", "Observations  14", "Convergence   Solution converged", "Std. error",
+        "t prob.", "95% CI +/-", "Adjusted R2", "Durbin-Watson", "F probability", "regression 1, error 12, total 13",
+        "Root mean square", "x = pressure, y = volume"}) {
     EXPECT_NE(run.out.find(part), std::string::npos) << "missing '" << part << "' in\n" << run.out;
   }
 
@@ -133,10 +131,10 @@ TEST(FitCommand, Misra1aReproducesTheCertifiedValuesAndWritesItsFiles) {
 }
 
 TEST(FitCommand, ThurberReproducesTheCertifiedValues) {
-  const auto run = RunTool({"fit", ExamplePath("thurber.csv"), "--model",
-                            "(b1+b2*x+b3*x^2+b4*x^3)/(1+b5*x+b6*x^2+b7*x^3)", "--estimate", "b1=1000",
-                            "--estimate", "b2=1000", "--estimate", "b3=400", "--estimate", "b4=40",
-                            "--estimate", "b5=0.7", "--estimate", "b6=0.3", "--estimate", "b7=0.03"});
+  const auto run =
+      RunTool({"fit", ExamplePath("thurber.csv"), "--model", "(b1+b2*x+b3*x^2+b4*x^3)/(1+b5*x+b6*x^2+b7*x^3)",
+               "--estimate", "b1=1000", "--estimate", "b2=1000", "--estimate", "b3=400", "--estimate", "b4=40",
+               "--estimate", "b5=0.7", "--estimate", "b6=0.3", "--estimate", "b7=0.03"});
   ASSERT_EQ(run.status, 0) << run.err;
   ExpectCertified(run.out,
                   {{"b1", 1.2881396800E+03, 4.6647963344E+00},
@@ -161,7 +159,8 @@ TEST(FitCommand, CatalogueModelFixedParameterAndWeights) {
 
   const auto weighted = RunTool({"fit", path, "--model-id", "36", "--sd", "sd"});
   ASSERT_EQ(weighted.status, 0) << weighted.err;
-  EXPECT_NE(weighted.out.find("Model         y = a*exp(b*x)  (model 36, Exponential)"), std::string::npos) << weighted.out;
+  EXPECT_NE(weighted.out.find("Model         y = a*exp(b*x)  (model 36, Exponential)"), std::string::npos)
+      << weighted.out;
   EXPECT_NE(weighted.out.find("weighted by the standard deviations in sd"), std::string::npos);
   const auto table = ParameterTable(weighted.out);
   ASSERT_EQ(table.size(), 2u);
@@ -169,8 +168,8 @@ TEST(FitCommand, CatalogueModelFixedParameterAndWeights) {
   EXPECT_NEAR(table.at("b").value, 0.2, 0.005);
 
   // b held at 0.25: only a moves, and the table says so.
-  const auto fixed = RunTool({"fit", path, "--x", "t", "--y", "signal", "--model", "a*exp(b*x)",
-                              "--estimate", "b=0.25", "--fix", "b"});
+  const auto fixed = RunTool(
+      {"fit", path, "--x", "t", "--y", "signal", "--model", "a*exp(b*x)", "--estimate", "b=0.25", "--fix", "b"});
   ASSERT_EQ(fixed.status, 0) << fixed.err;
   EXPECT_EQ(ParameterTable(fixed.out).at("b").value, 0.25);
   EXPECT_NE(fixed.out.find("fixed"), std::string::npos);

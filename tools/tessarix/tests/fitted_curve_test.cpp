@@ -2,9 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <vector>
-
 #include <tessarix/core/nonlinear_regression.hpp>
+#include <vector>
 
 #include "fit_command.hpp"
 

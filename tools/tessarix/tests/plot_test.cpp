@@ -15,9 +15,11 @@ namespace {
 using test::ParseXml;
 
 TEST(NiceScale, CoversTheRangeWithRoundEvenTicks) {
-  struct Case { double lo, hi; };
-  for (const Case c : {Case{77.6, 760.0}, Case{-3.067, 2.2}, Case{0.000123, 0.000987},
-                       Case{-1e9, 3e9}, Case{5.0, 5.0}, Case{0.0, 0.0}, Case{10.0, -10.0}}) {
+  struct Case {
+    double lo, hi;
+  };
+  for (const Case c : {Case{77.6, 760.0}, Case{-3.067, 2.2}, Case{0.000123, 0.000987}, Case{-1e9, 3e9}, Case{5.0, 5.0},
+                       Case{0.0, 0.0}, Case{10.0, -10.0}}) {
     const AxisScale s = NiceScale(c.lo, c.hi, 6);
     SCOPED_TRACE(std::to_string(c.lo) + " .. " + std::to_string(c.hi));
     EXPECT_LE(s.low, std::min(c.lo, c.hi));
@@ -29,8 +31,7 @@ TEST(NiceScale, CoversTheRangeWithRoundEvenTicks) {
     EXPECT_NEAR(s.ticks.back(), s.high, s.step * 1e-9);
     // The step is 1, 2 or 5 times a power of ten.
     const double mantissa = s.step / std::pow(10.0, std::floor(std::log10(s.step)));
-    EXPECT_TRUE(std::fabs(mantissa - 1) < 1e-9 || std::fabs(mantissa - 2) < 1e-9 ||
-                std::fabs(mantissa - 5) < 1e-9)
+    EXPECT_TRUE(std::fabs(mantissa - 1) < 1e-9 || std::fabs(mantissa - 2) < 1e-9 || std::fabs(mantissa - 5) < 1e-9)
         << s.step;
   }
   const AxisScale r = SymmetricScale(0.13, 4);
@@ -50,7 +51,9 @@ TEST(TickLabel, UsesTheDecimalsOfTheStepAndNoNegativeZero) {
 
 TEST(CleanText, KeepsValidUtf8AndReplacesTheRest) {
   EXPECT_EQ(CleanText("Druck (kPa) \xc3\xa4"), "Druck (kPa) \xc3\xa4");
-  EXPECT_EQ(CleanText("a\xff" "b\xc3"), "a?b?");
+  EXPECT_EQ(CleanText("a\xff"
+                      "b\xc3"),
+            "a?b?");
   EXPECT_EQ(CleanText("x\x01y\tz"), "x?y z");
   EXPECT_EQ(CleanText("\xed\xa0\x80"), "???");  // an encoded surrogate is not UTF-8
   EXPECT_EQ(Abbreviate("abcdefgh", 6), "abc...");

@@ -27,8 +27,7 @@ std::string ShellQuote(const std::string& arg) {
 
 std::filesystem::path ScratchFolder() {
   static const std::filesystem::path folder = [] {
-    auto path = std::filesystem::temp_directory_path() /
-                ("tessarix_tool_tests_" + std::to_string(getpid()));
+    auto path = std::filesystem::temp_directory_path() / ("tessarix_tool_tests_" + std::to_string(getpid()));
     std::filesystem::create_directories(path);
     return path;
   }();
@@ -72,9 +71,7 @@ void WriteFile(const std::string& path, const std::string& text) {
 
 std::string ScratchPath(const std::string& name) { return (ScratchFolder() / name).string(); }
 
-std::string ExamplePath(const std::string& name) {
-  return std::string(TESSARIX_SOURCE_DIR) + "/examples/data/" + name;
-}
+std::string ExamplePath(const std::string& name) { return std::string(TESSARIX_SOURCE_DIR) + "/examples/data/" + name; }
 
 }  // namespace tessarix::tool::test
 
