@@ -3,6 +3,7 @@
 #include <array>
 
 #include "tessarix/models/internal/estimate_rules.hpp"
+#include "tessarix/models/internal/model_row.hpp"
 #include "tessarix/numerics/internal_failure.hpp"
 #include "tessarix/numerics/singular_value.hpp"
 #include "tessarix/platform/checked.hpp"
@@ -21,17 +22,23 @@ bool LinearizeObservations(std::int32_t evaluation_code, std::int32_t term_count
   if (m < 1 || m > kMaxEstimateTerms) {
     return false;
   }
+  // A code of no model has nothing to transform: y as it stands.
+  const ModelRow* row = RowOfCode(evaluation_code);
+  const Transform transform = row == nullptr ? Transform::Y : row->estimate.transform;
   t = MakeVector1(n);
   return SucceedsWithoutFault([&] {
     for (std::int32_t i = 1; i <= n; ++i) {
-      t[static_cast<std::size_t>(i)] =
-          TransformObservation(evaluation_code, Num(Checked(x[i])), Num(Checked(y[i]))).value();
+      t[static_cast<std::size_t>(i)] = TransformObservation(transform, Num(Checked(x[i])), Num(Checked(y[i]))).value();
     }
   });
 }
 
 bool EstimateBasis(std::int32_t evaluation_code, double x, double* terms) {
-  return SucceedsWithoutFault([&] { EstimateBasisTerms(evaluation_code, Num(Checked(x)), terms); });
+  const ModelRow* row = RowOfCode(evaluation_code);
+  if (row == nullptr) {
+    return false;
+  }
+  return SucceedsWithoutFault([&] { EstimateBasisTerms(*row, Num(Checked(x)), terms); });
 }
 
 bool SolveEstimateSystem(std::int32_t evaluation_code, std::int32_t m, const double* x, const Vector1& t,
@@ -69,7 +76,11 @@ bool SolveEstimateSystem(std::int32_t evaluation_code, std::int32_t m, const dou
 }
 
 bool RecoverEstimateParameters(std::int32_t evaluation_code, Vector1& c) {
-  return SucceedsWithoutFault([&] { RecoverParameters(evaluation_code, c.data()); });
+  const ModelRow* row = RowOfCode(evaluation_code);
+  if (row == nullptr) {
+    return true;  // nothing to turn back
+  }
+  return SucceedsWithoutFault([&] { RecoverParameters(*row, c.data()); });
 }
 
 bool ObtainLeastSquaresEstimates(std::int32_t evaluation_code, std::int32_t term_count, const double* x,

@@ -1,23 +1,21 @@
-// The change of variables behind the least-squares estimates, by evaluation
-// code: the transformed observation, the basis terms and the way back from
-// coefficients to parameters. Failures raise RuntimeFault; the chain of
-// least_squares_estimates.cpp turns them into a failed estimate.
+// The change of variables behind the least-squares estimates, as a row's
+// estimate rule reads: the transformed observation, the basis terms and the
+// way back from coefficients to parameters. Failures raise RuntimeFault; the
+// chain of least_squares_estimates.cpp turns them into a failed estimate.
 #pragma once
 
-#include <cstdint>
-
+#include "tessarix/models/internal/model_row.hpp"
 #include "tessarix/platform/checked.hpp"
 
 namespace tessarix::detail {
 
 // T for the observation (x, y).
-Num TransformObservation(std::int32_t code, Num x, Num y);
+Num TransformObservation(Transform transform, Num x, Num y);
 
-// The basis terms at x into b[1..m].
-void EstimateBasisTerms(std::int32_t code, Num x, double* b);
+// The basis terms of the row at x into b[1..m], m its estimate term count.
+void EstimateBasisTerms(const ModelRow& row, Num x, double* b);
 
-// Coefficients c[1..m] into parameters, in place; codes whose parameters are
-// the coefficients as they stand are left alone.
-void RecoverParameters(std::int32_t code, double* c);
+// Coefficients c[1..m] into parameters, in place.
+void RecoverParameters(const ModelRow& row, double* c);
 
 }  // namespace tessarix::detail
