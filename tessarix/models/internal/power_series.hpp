@@ -16,7 +16,6 @@
 #include <string_view>
 
 #include "tessarix/models/internal/model_row.hpp"
-#include "tessarix/numerics/power.hpp"
 
 namespace tessarix::detail {
 
@@ -28,35 +27,13 @@ struct SeriesForm {
   bool highest_first = false;
 };
 
-// Coefficient of the power k (0 for the constant) among n parameters.
+// The value and the derivatives (the terms themselves: 1, the base, and higher
+// powers through the power routine) of every member of a family of this form;
+// linear_families.cpp holds them for the forms below.
 template <SeriesForm kForm>
-constexpr std::int32_t CoefficientOfPower(std::int32_t k, std::int32_t n) {
-  return kForm.highest_first ? n - k : k + 1;
-}
-
+Num SeriesValue(const ModelRow& row, const double* p, Num x);
 template <SeriesForm kForm>
-Num SeriesValue(const ModelRow& row, const double* p, Num x) {
-  const std::int32_t n = row.parameter_count;
-  const Num base = kForm.in_log ? log(x) : x;
-  Num v = p[CoefficientOfPower<kForm>(n - 1, n)];
-  for (std::int32_t k = n - 2; k >= 0; --k) {
-    v = (kForm.divide ? v / base : v * base) + p[CoefficientOfPower<kForm>(k, n)];
-  }
-  return v;
-}
-
-// The terms themselves: 1, the base, and higher powers through the power routine.
-template <SeriesForm kForm>
-void SeriesDerivatives(const ModelRow& row, const double* /*p*/, Num x, double* d) {
-  const std::int32_t n = row.parameter_count;
-  const Num base = kForm.in_log ? log(x) : x;
-  d[CoefficientOfPower<kForm>(0, n)] = 1.0;
-  d[CoefficientOfPower<kForm>(1, n)] = (kForm.divide ? 1.0 / base : base).value();
-  for (std::int32_t k = 2; k < n; ++k) {
-    const Num power = Power(base, static_cast<double>(k));
-    d[CoefficientOfPower<kForm>(k, n)] = (kForm.divide ? 1.0 / power : power).value();
-  }
-}
+void SeriesDerivatives(const ModelRow& row, const double* p, Num x, double* d);
 
 // A family: members of degree 1 to `degrees` from `first_id` and `first_code`
 // on. The description is "<Ordinal> Order <name>", with `first_note` added to
