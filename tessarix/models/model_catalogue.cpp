@@ -99,6 +99,10 @@ std::int32_t ParameterCountOfCode(std::int32_t evaluation_code) noexcept {
 
 namespace tessarix {
 
+// Made from the rows, like everything else the catalogue gives out. The
+// catalogue of several variables will be gathered the same way (written rows
+// and family rules into a table of its own, its IDs not contiguous) and listed
+// beside this one with the same record.
 const std::vector<PredefinedModelInfo>& PredefinedModels() {
   static const std::vector<PredefinedModelInfo> listing = [] {
     std::vector<PredefinedModelInfo> models;

@@ -5,7 +5,7 @@
 // computed as the model language computes it ("b*x*log(x)" is (b*x)*log(x),
 // "c/x^2" is c/x^2, not c*(1/x^2)).
 //
-// Included by catalogue.cpp and linear_run.cpp only.
+// Included by model_catalogue.cpp and linear_families.cpp only.
 #pragma once
 
 #include <array>
@@ -16,13 +16,32 @@
 
 namespace tessarix::detail {
 
-// ORDER: the numbering 1..21 is the catalogue's; slot 0 is unused.
+// The term list. ORDER: the numbering 1..21 is the catalogue's; slot 0 is unused.
 inline constexpr std::array<std::string_view, 22> kRunTerms = {
-    "",         "x",           "x*log(x)", "x^1.5",      "x^2",   "x^2*log(x)", "x^2.5",    "x^3",
-    "exp(x)",   "x^.5*log(x)", "log(x)^2", "x/log(x)",   "x^.5",  "log(x)",     "1/log(x)", "1/x^.5",
-    "log(x)/x", "1/x",         "1/x^1.5",  "log(x)/x^2", "1/x^2", "exp(-x)",
+    "",
+    "x",            // 1
+    "x*log(x)",     // 2
+    "x^1.5",        // 3
+    "x^2",          // 4
+    "x^2*log(x)",   // 5
+    "x^2.5",        // 6
+    "x^3",          // 7
+    "exp(x)",       // 8
+    "x^.5*log(x)",  // 9
+    "log(x)^2",     // 10
+    "x/log(x)",     // 11
+    "x^.5",         // 12
+    "log(x)",       // 13
+    "1/log(x)",     // 14
+    "1/x^.5",       // 15
+    "log(x)/x",     // 16
+    "1/x",          // 17
+    "1/x^1.5",      // 18
+    "log(x)/x^2",   // 19
+    "1/x^2",        // 20
+    "exp(-x)",      // 21
 };
-inline constexpr std::int32_t kRunTermCount = 21;
+inline constexpr std::int32_t kRunTermCount = static_cast<std::int32_t>(kRunTerms.size()) - 1;
 
 // ---- the arithmetic of a term, read from its text ----------------------------
 

@@ -6,7 +6,7 @@
 //
 // Rows come from two sources: models written out one by one (the nonlinear
 // models) and generating rules that make a whole family (the power series, the
-// run of IDs 75 to 298). catalogue.cpp gathers them into the table by ID and
+// run of IDs 75 to 298). model_catalogue.cpp gathers them into the table by ID and
 // by evaluation code, at compile time.
 #pragma once
 
@@ -113,10 +113,7 @@ struct ModelRow {
 constexpr std::int32_t EstimateTermCount(const EstimateRule& rule, std::int32_t parameter_count) {
   if (rule.terms[0] == Term::Derivatives) return parameter_count;
   std::int32_t count = 0;
-  while (count < static_cast<std::int32_t>(rule.terms.size()) &&
-         rule.terms[static_cast<std::size_t>(count)] != Term::None) {
-    ++count;
-  }
+  for (Term term : rule.terms) count += term == Term::None ? 0 : 1;
   return count;
 }
 

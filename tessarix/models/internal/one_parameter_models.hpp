@@ -3,7 +3,7 @@
 // value, its analytic derivatives and its estimate rule (transformed value,
 // terms, way back). The rules of form are those of model_row.hpp.
 //
-// Included by catalogue.cpp only.
+// Included by model_catalogue.cpp only.
 #pragma once
 
 #include <array>
@@ -69,11 +69,13 @@ inline constexpr std::array kOneParameterModels = {
     Written(
         57, 39, "cos(x+a)", "Trigonometric", 1,  //
         [](const double* p, Num x) { return cos(x + p[1]); },
-        [](const double* p, Num x, double* d) { d[1] = (-sin(p[1] + x)).value(); }, {ArcCosY, {One, X}, AsTheyStand}),
+        [](const double* p, Num x, double* d) { d[1] = (-sin(p[1] + x)).value(); },  //
+        {ArcCosY, {One, X}, AsTheyStand}),
     Written(
         58, 40, "sin(x+a)", "Trigonometric II", 1,  //
         [](const double* p, Num x) { return sin(x + p[1]); },
-        [](const double* p, Num x, double* d) { d[1] = cos(p[1] + x).value(); }, {ArcSinY, {One, X}, AsTheyStand}),
+        [](const double* p, Num x, double* d) { d[1] = cos(p[1] + x).value(); },  //
+        {ArcSinY, {One, X}, AsTheyStand}),
     Written(
         59, 41, "1-exp(-a*x^2)", "", 1,  //
         [](const double* p, Num x) { return 1.0 - exp(-Num(p[1]) * Power(x, 2.0)); },

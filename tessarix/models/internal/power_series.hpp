@@ -8,7 +8,7 @@
 // nest from the last coefficient, ((d*L+c)*L+b)*L+a with L = log(x), and by
 // division for the inverse ones, ((d/x+c)/x+b)/x+a.
 //
-// Included by catalogue.cpp only.
+// Included by model_catalogue.cpp and linear_families.cpp only.
 #pragma once
 
 #include <array>
@@ -73,7 +73,11 @@ inline constexpr std::array<SeriesFamily, 4> kSeriesFamilies = {
     MakeSeriesFamily<kInverseLogarithm>(21, 70, 5, "Inverse Logarithm", "", 1),
 };
 
-inline constexpr std::int32_t kSeriesModelCount = 25;
+inline constexpr std::size_t kSeriesModelCount = [] {
+  std::size_t count = 0;
+  for (const SeriesFamily& family : kSeriesFamilies) count += static_cast<std::size_t>(family.degrees);
+  return count;
+}();
 
 struct SeriesTexts {
   GeneratedText<64> definition;

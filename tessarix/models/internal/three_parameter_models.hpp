@@ -3,7 +3,7 @@
 // value, its analytic derivatives and its estimate rule (transformed value,
 // terms, way back). The rules of form are those of model_row.hpp.
 //
-// Included by catalogue.cpp only.
+// Included by model_catalogue.cpp only.
 #pragma once
 
 #include <array>
