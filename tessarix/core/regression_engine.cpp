@@ -36,6 +36,11 @@ void RegressionEngine::StoreAndRaise(ErrorCode code) {
   RaiseLibraryError(code);
 }
 
+void RegressionEngine::StoreAndRaise(ErrorCode code, const std::string& message) {
+  core.last_error = message;
+  throw ErrorFactory::Make(code, message);
+}
+
 // ---- definitions -------------------------------------------------------------------------
 
 void RegressionEngine::BeginDefinition() {
@@ -176,7 +181,7 @@ bool RegressionEngine::EvaluateRows(std::int32_t first, std::int32_t count, cons
 std::string RegressionEngine::PointText(std::int32_t i) const { return hooks_->PointText(points.Row(i)); }
 
 void RegressionEngine::ComputeDataStatistics() {
-  hooks_->ComputeDataStatistics(points, core.y, points.Count(), core.data_statistics);
+  hooks_->ComputeDataStatistics(points, core.y, points.Count(), core.data_statistics, core.variable_statistics);
 }
 
 bool RegressionEngine::ObtainLeastSquaresEstimates() {
