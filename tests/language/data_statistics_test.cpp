@@ -4,6 +4,8 @@
 
 #include <cmath>
 
+#include "tessarix/foundation/fault.hpp"
+
 using namespace tessarix::detail;
 
 TEST(DataStatistics, FirstObservationWinsTiesAndStdUsesNMinusOne) {
@@ -23,5 +25,15 @@ TEST(DataStatistics, FirstObservationWinsTiesAndStdUsesNMinusOne) {
   EXPECT_DOUBLE_EQ(s.xstd, std::sqrt(12.8 / 4.0));
   EXPECT_EQ(s.Lookup(DataWord::XRange), 4);
   EXPECT_EQ(s.Lookup(DataWord::YRange), 6);
-  EXPECT_EQ(s.Lookup(DataWord::YAtXMax), 1);
+
+  // The same data as the second of two variables gives the same words.
+  const DataStatistics m = ComputeDataStatistics(
+      2, [&](std::int32_t i, std::int32_t k) { return k == 2 ? x[i] : -x[i]; }, y, 5);
+  for (int w = 0; w < kDataWordCount; ++w) {
+    EXPECT_EQ(m.Lookup(static_cast<DataWord>(w), 2), s.Lookup(static_cast<DataWord>(w))) << w;
+  }
+  EXPECT_EQ(m.Lookup(DataWord::XMin, 1), -5);
+  EXPECT_EQ(m.Lookup(DataWord::YAtXMin, 1), 1);  // y where x1 = -5
+  EXPECT_THROW((void)m.Lookup(DataWord::XMin, 3), RuntimeFault);
+  EXPECT_EQ(m.Lookup(DataWord::YMean, 3), s.ymean);
 }

@@ -17,10 +17,11 @@ namespace tessarix::test {
 namespace {
 
 // Mostly well-formed expressions over the whole language, with a junk piece
-// spliced in now and then.
-std::string RandomExpr(std::mt19937& gen, int depth) {
+// spliced in now and then. With several variables, "x" is a parameter.
+std::string RandomExpr(std::mt19937& gen, int depth, bool several = false) {
   static const std::vector<std::string> kOperands = {"x",  "a",  "b",  "c",  "1",     "2.5",   "1e5-3", "0", "xmean",
                                                      "pi", "F1", "F2", "f3", "endif", "ENDIF", "e",     ".", "1.2.3"};
+  static const std::vector<std::string> kSeveral = {"x1", "X02", "x3", "x", "a", "x2min", "yatx1max", "ymean", "F1"};
   static const std::vector<std::string> kBinary = {"+", "-",  "*",  "/",  "^",     "\\",   " mod ", "=",     "<",
                                                    ">", "<>", "<=", ">=", " and ", " or ", " xor ", " eqv ", " imp "};
   static const std::vector<std::string> kCalls1 = {"exp",  "ln",     "sqr", "fact",  "rnd", "gamma", "sin",
@@ -35,38 +36,41 @@ std::string RandomExpr(std::mt19937& gen, int depth) {
   switch (choice(gen)) {
     case 0:
     case 1:
-      e = pick(kOperands);
+      e = pick(several ? kSeveral : kOperands);
       break;
     case 2:
-      e = "-" + RandomExpr(gen, depth + 1);
+      e = "-" + RandomExpr(gen, depth + 1, several);
       break;
     case 3:
-      e = "not " + RandomExpr(gen, depth + 1);
+      e = "not " + RandomExpr(gen, depth + 1, several);
       break;
     case 4:
-      e = "(" + RandomExpr(gen, depth + 1) + ")";
+      e = "(" + RandomExpr(gen, depth + 1, several) + ")";
       break;
     case 5:
-      e = pick(kCalls1) + "(" + RandomExpr(gen, depth + 1) + ")";
+      e = pick(kCalls1) + "(" + RandomExpr(gen, depth + 1, several) + ")";
       break;
     case 6:
-      e = pick(kCalls2) + "(" + RandomExpr(gen, depth + 1) + "," + RandomExpr(gen, depth + 1) + ")";
+      e = pick(kCalls2) + "(" + RandomExpr(gen, depth + 1, several) + "," + RandomExpr(gen, depth + 1, several) + ")";
       break;
     case 7:
-      e = "if(" + RandomExpr(gen, depth + 1) + "," + RandomExpr(gen, depth + 1) + "," + RandomExpr(gen, depth + 1) +
-          ")";
+      e = "if(" + RandomExpr(gen, depth + 1, several) + "," + RandomExpr(gen, depth + 1, several) + "," +
+          RandomExpr(gen, depth + 1, several) + ")";
       break;
     default:
-      e = RandomExpr(gen, depth + 1) + pick(kBinary) + RandomExpr(gen, depth + 1);
+      e = RandomExpr(gen, depth + 1, several) + pick(kBinary) + RandomExpr(gen, depth + 1, several);
       break;
   }
   if (std::uniform_int_distribution<int>(0, 19)(gen) == 0) e += pick(kJunk);
   return e;
 }
 
-std::string RandomText(std::mt19937& gen) {
-  // Most texts use x and a parameter, so that many definitions succeed.
-  return std::uniform_int_distribution<int>(0, 3)(gen) == 0 ? RandomExpr(gen, 0) : "a*x+" + RandomExpr(gen, 0);
+std::string RandomText(std::mt19937& gen, bool several) {
+  // Most texts use the variable and a parameter, so that many definitions
+  // succeed.
+  const std::string start = several ? "a*x1+x2*" : "a*x+";
+  return std::uniform_int_distribution<int>(0, 3)(gen) == 0 ? RandomExpr(gen, 0, several)
+                                                            : start + RandomExpr(gen, 0, several);
 }
 
 // Defines y (F1, F2) on `m` and evaluates at a few points; returns whether
@@ -85,7 +89,7 @@ bool DefineAndEvaluate(LanguageModel& m, const std::string& y, const std::string
     return false;
   }
   for (double x : {-2.0, 0.0, 0.5, 3.0}) {
-    const std::optional<double> v = m.Eval(x, {0.7, -1.3, 2.0, 0.4, 1.1});
+    const std::optional<double> v = m.At({x, 0.5 - x, x * x}, {0.7, -1.3, 2.0, 0.4, 1.1});
     if (v) {
       EXPECT_TRUE(std::isfinite(*v)) << y;
     }
@@ -95,16 +99,19 @@ bool DefineAndEvaluate(LanguageModel& m, const std::string& y, const std::string
 
 TEST(Robustness, RandomTextsFailCleanly) {
   std::mt19937 gen(20261122);
-  LanguageModel shared;  // the first texts also on one object, piling up
-  int valid = 0;
-  for (int i = 0; i < 3000; ++i) {
-    const std::string y = RandomText(gen);
-    const std::string f1 = RandomExpr(gen, 2), f2 = i % 3 == 0 ? std::string() : RandomExpr(gen, 2);
-    LanguageModel fresh;
-    if (DefineAndEvaluate(fresh, y, f1, f2)) ++valid;
-    if (i < 300) (void)DefineAndEvaluate(shared, y, f1, f2);
+  for (const bool several : {false, true}) {
+    const std::int32_t mode = several ? 1 : 0;
+    LanguageModel shared(EnglishSeparators(), mode);  // the first texts also on one object, piling up
+    int valid = 0;
+    for (int i = 0; i < 2000; ++i) {
+      const std::string y = RandomText(gen, several);
+      const std::string f1 = RandomExpr(gen, 2, several), f2 = i % 3 == 0 ? "" : RandomExpr(gen, 2, several);
+      LanguageModel fresh(EnglishSeparators(), mode);
+      if (DefineAndEvaluate(fresh, y, f1, f2)) ++valid;
+      if (i < 300) (void)DefineAndEvaluate(shared, y, f1, f2);
+    }
+    EXPECT_GT(valid, 400) << several;  // the generator does reach valid models
   }
-  EXPECT_GT(valid, 600);  // the generator does reach valid models
 }
 
 }  // namespace
