@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <vector>
 
 #include "tessarix/foundation/fault.hpp"
 #include "tessarix/platform/checked.hpp"
@@ -82,74 +81,66 @@ double DataStatistics::Lookup(DataWord word, std::int32_t variable) const {
 }
 
 namespace {
-// Mean and sample standard deviation (divisor n - 1) of v[1..n].
-void MeanAndStd(const double* v, std::int32_t n, double& mean, double& std_dev) {
+// Mean and sample standard deviation (divisor n - 1) of v[stride * i] for
+// i = 1..n.
+void MeanAndStd(const double* v, std::ptrdiff_t stride, std::int32_t n, double& mean, double& std_dev) {
   Num sum = 0.0;
-  for (std::int32_t i = 1; i <= n; ++i) sum += v[i];
+  for (std::int32_t i = 1; i <= n; ++i) sum += v[stride * i];
   const Num m = sum / static_cast<double>(n);
   Num ss = 0.0;
   for (std::int32_t i = 1; i <= n; ++i) {
-    const Num d = Num(v[i]) - m;
+    const Num d = Num(v[stride * i]) - m;
     ss += d * d;
   }
   mean = m.value();
   std_dev = sqrt(ss / static_cast<double>(n - 1)).value();
 }
-
-// Positions of the first smallest and first largest of v[1..n]: strict
-// comparisons, so the first observation wins a tie.
-void Extremes(const double* v, std::int32_t n, std::int32_t& imin, std::int32_t& imax) {
-  imin = imax = 1;
-  for (std::int32_t i = 2; i <= n; ++i) {
-    if (v[i] < v[imin]) imin = i;
-    if (v[i] > v[imax]) imax = i;
-  }
-}
 }  // namespace
 
 DataStatistics ComputeDataStatistics(const double* x, const double* y, std::int32_t n) {
+  return ComputeDataStatistics(x, 1, y, n);
+}
+
+DataStatistics ComputeDataStatistics(const double* x, std::ptrdiff_t x_stride, const double* y, std::int32_t n) {
   DataStatistics s;
   if (n < 1) return s;
   std::int32_t ixmin = 1, ixmax = 1, iymin = 1, iymax = 1;
-  Extremes(x, n, ixmin, ixmax);
-  Extremes(y, n, iymin, iymax);
-  s.xmin = x[ixmin];
-  s.xmax = x[ixmax];
+  const auto X = [&](std::int32_t i) { return x[x_stride * i]; };
+  for (std::int32_t i = 2; i <= n; ++i) {
+    // Strict comparisons: the first observation wins a tie.
+    if (X(i) < X(ixmin)) ixmin = i;
+    if (X(i) > X(ixmax)) ixmax = i;
+    if (y[i] < y[iymin]) iymin = i;
+    if (y[i] > y[iymax]) iymax = i;
+  }
+  s.xmin = X(ixmin);
+  s.xmax = X(ixmax);
   s.ymin = y[iymin];
   s.ymax = y[iymax];
-  s.xatymin = x[iymin];
-  s.xatymax = x[iymax];
+  s.xatymin = X(iymin);
+  s.xatymax = X(iymax);
   s.yatxmin = y[ixmin];
   s.yatxmax = y[ixmax];
-  MeanAndStd(x, n, s.xmean, s.xstd);
-  MeanAndStd(y, n, s.ymean, s.ystd);
+  MeanAndStd(x, x_stride, n, s.xmean, s.xstd);
+  MeanAndStd(y, 1, n, s.ymean, s.ystd);
   return s;
 }
 
-DataStatistics ComputeDataStatistics(std::int32_t variables,
-                                     const std::function<double(std::int32_t i, std::int32_t k)>& x, const double* y,
-                                     std::int32_t n) {
-  DataStatistics s;
-  if (n < 1) return s;
-  std::int32_t iymin = 1, iymax = 1;
-  Extremes(y, n, iymin, iymax);
-  s.ymin = y[iymin];
-  s.ymax = y[iymax];
-  MeanAndStd(y, n, s.ymean, s.ystd);
-  s.variable_count = std::clamp(variables, 0, kVariablesWithDataWords);
-  std::vector<double> column(static_cast<std::size_t>(n) + 1);
+DataStatistics ComputeTableStatistics(const double* points, std::int32_t variables, const double* y, std::int32_t n) {
+  if (variables < 1) return DataStatistics();
+  DataStatistics s = ComputeDataStatistics(points, variables, y, n);
+  s.variable_count = std::min(variables, kVariablesWithDataWords);
   for (std::int32_t k = 1; k <= s.variable_count; ++k) {
-    for (std::int32_t i = 1; i <= n; ++i) column[static_cast<std::size_t>(i)] = x(i, k);
+    const DataStatistics one = k == 1 ? s : ComputeDataStatistics(points + (k - 1), variables, y, n);
     VariableStatistics& v = s.variables[static_cast<std::size_t>(k - 1)];
-    std::int32_t imin = 1, imax = 1;
-    Extremes(column.data(), n, imin, imax);
-    v.min = column[static_cast<std::size_t>(imin)];
-    v.max = column[static_cast<std::size_t>(imax)];
-    v.at_ymin = column[static_cast<std::size_t>(iymin)];
-    v.at_ymax = column[static_cast<std::size_t>(iymax)];
-    v.y_at_min = y[imin];
-    v.y_at_max = y[imax];
-    MeanAndStd(column.data(), n, v.mean, v.std);
+    v.min = one.xmin;
+    v.max = one.xmax;
+    v.mean = one.xmean;
+    v.std = one.xstd;
+    v.at_ymin = one.xatymin;
+    v.at_ymax = one.xatymax;
+    v.y_at_min = one.yatxmin;
+    v.y_at_max = one.yatxmax;
   }
   return s;
 }

@@ -5,8 +5,8 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
-#include <functional>
 
 namespace tessarix::detail {
 
@@ -65,12 +65,15 @@ struct DataStatistics {
 // divide by zero and fault; callers compute the statistics only after the
 // count test of the run.
 DataStatistics ComputeDataStatistics(const double* x, const double* y, std::int32_t n);
+// The same with observation i of x at x[x_stride * i]: one variable of a
+// table of points.
+DataStatistics ComputeDataStatistics(const double* x, std::ptrdiff_t x_stride, const double* y, std::int32_t n);
 
-// With several variables: x(i, k) is variable k of observation i (both from
-// 1), y[1..n] as above. The statistics of y and those of the first nine
-// variables (the ones that data words can name).
-DataStatistics ComputeDataStatistics(std::int32_t variables,
-                                     const std::function<double(std::int32_t i, std::int32_t k)>& x, const double* y,
-                                     std::int32_t n);
+// All the words of a run with several variables, from a table of points:
+// variable k (1..variables) of observation i (1..n) at
+// points[variables * i + k - 1], y[1..n] as above. The variables of the data
+// words (the first nine) get their statistics, the fields of the single x
+// those of x1.
+DataStatistics ComputeTableStatistics(const double* points, std::int32_t variables, const double* y, std::int32_t n);
 
 }  // namespace tessarix::detail

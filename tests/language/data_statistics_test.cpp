@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <vector>
 
 #include "tessarix/foundation/fault.hpp"
 
@@ -26,9 +27,14 @@ TEST(DataStatistics, FirstObservationWinsTiesAndStdUsesNMinusOne) {
   EXPECT_EQ(s.Lookup(DataWord::XRange), 4);
   EXPECT_EQ(s.Lookup(DataWord::YRange), 6);
 
-  // The same data as the second of two variables gives the same words.
-  const DataStatistics m = ComputeDataStatistics(
-      2, [&](std::int32_t i, std::int32_t k) { return k == 2 ? x[i] : -x[i]; }, y, 5);
+  // The same data as the second of two variables gives the same words: a
+  // table of points, observation i at row i.
+  std::vector<double> points(12);
+  for (int i = 1; i <= 5; ++i) {
+    points[static_cast<std::size_t>(2 * i)] = -x[i];
+    points[static_cast<std::size_t>(2 * i + 1)] = x[i];
+  }
+  const DataStatistics m = ComputeTableStatistics(points.data(), 2, y, 5);
   for (int w = 0; w < kDataWordCount; ++w) {
     EXPECT_EQ(m.Lookup(static_cast<DataWord>(w), 2), s.Lookup(static_cast<DataWord>(w))) << w;
   }
