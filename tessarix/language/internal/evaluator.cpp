@@ -94,6 +94,7 @@ bool Run(const ModelProgram& program, EvaluationScratch& scratch, const double* 
   // stack of a broken program spills into it harmlessly.
   double* st = scratch.stack.data() + 1;
   double* saved = scratch.saved.data();
+  const double x = point[0];
   std::int32_t sp = 0;
   double top = st[0];
   std::int32_t pc = 1;
@@ -104,6 +105,8 @@ bool Run(const ModelProgram& program, EvaluationScratch& scratch, const double* 
     switch (in.op) {
       case Instr::Skip:
         break;
+      case Instr::X:
+        TSX_PUSH(x)
       case Instr::Variable:
         TSX_PUSH(point[in.a])
       case Instr::Constant:
@@ -162,14 +165,14 @@ bool Run(const ModelProgram& program, EvaluationScratch& scratch, const double* 
         TSX_BINARY(static_cast<double>(~(RoundToInt32(a) ^ RoundToInt32(b))))
       case Instr::Imp:
         TSX_BINARY(static_cast<double>(~RoundToInt32(a) | RoundToInt32(b)))
-      case Instr::AddVariable:
-        TSX_FUSED(point[in.a], a + b)
-      case Instr::SubtractVariable:
-        TSX_FUSED(point[in.a], a - b)
-      case Instr::MultiplyVariable:
-        TSX_FUSED(point[in.a], a * b)
-      case Instr::DivideVariable:
-        TSX_FUSED(point[in.a], Quotient(a, b))
+      case Instr::AddX:
+        TSX_FUSED(x, a + b)
+      case Instr::SubtractX:
+        TSX_FUSED(x, a - b)
+      case Instr::MultiplyX:
+        TSX_FUSED(x, a * b)
+      case Instr::DivideX:
+        TSX_FUSED(x, Quotient(a, b))
       case Instr::AddParameter:
         TSX_FUSED(parameters[in.a], a + b)
       case Instr::SubtractParameter:

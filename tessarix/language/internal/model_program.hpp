@@ -42,7 +42,8 @@ enum class OpKind : std::int16_t {
 // by zero or an integer conversion out of range ends the evaluation as failed.
 enum class Instr : std::uint8_t {
   Skip,               // -                           / nothing ("endif")
-  Variable,           // a: element of the point     / push point[a]
+  X,                  // -                           / push x (x1 with several), kept in a register
+  Variable,           // a: element of the point     / push point[a] (x2, x3, ...)
   Constant,           // value                       / push value
   Parameter,          // a: parameter index          / push parameters[a]
   DataWord,           // a: DataWord, b: variable    / push the statistic
@@ -68,10 +69,10 @@ enum class Instr : std::uint8_t {
   Xor,                // -                           / int32(a) ^ int32(b)
   Eqv,                // -                           / ~(int32(a) ^ int32(b))
   Imp,                // -                           / ~int32(a) | int32(b)
-  AddVariable,        // a: element of the point     / top + point[a]; then pc + 2
-  SubtractVariable,   // a: element of the point     / top - point[a]; then pc + 2
-  MultiplyVariable,   // a: element of the point     / top * point[a]; then pc + 2
-  DivideVariable,     // a: element of the point     / top / point[a]; then pc + 2
+  AddX,               // -                           / top + x; then pc + 2
+  SubtractX,          // -                           / top - x; then pc + 2
+  MultiplyX,          // -                           / top * x; then pc + 2
+  DivideX,            // -                           / top / x; then pc + 2
   AddParameter,       // a: parameter index          / top + parameters[a]; then pc + 2
   SubtractParameter,  // a: parameter index          / top - parameters[a]; then pc + 2
   MultiplyParameter,  // a: parameter index          / top * parameters[a]; then pc + 2

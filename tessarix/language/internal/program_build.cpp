@@ -77,10 +77,10 @@ struct Fusion {
   Instr fused;
 };
 constexpr std::array<Fusion, 12> kFusions = {{
-    {Instr::Variable, Instr::Add, Instr::AddVariable},
-    {Instr::Variable, Instr::Subtract, Instr::SubtractVariable},
-    {Instr::Variable, Instr::Multiply, Instr::MultiplyVariable},
-    {Instr::Variable, Instr::Divide, Instr::DivideVariable},
+    {Instr::X, Instr::Add, Instr::AddX},
+    {Instr::X, Instr::Subtract, Instr::SubtractX},
+    {Instr::X, Instr::Multiply, Instr::MultiplyX},
+    {Instr::X, Instr::Divide, Instr::DivideX},
     {Instr::Parameter, Instr::Add, Instr::AddParameter},
     {Instr::Parameter, Instr::Subtract, Instr::SubtractParameter},
     {Instr::Parameter, Instr::Multiply, Instr::MultiplyParameter},
@@ -176,8 +176,8 @@ void FinishProgram(ModelProgram& program, std::int32_t parameter_count) {
     switch (op.kind) {
       case OpKind::Variable:
         // x, or x1 .. xm at elements 0 .. m - 1 of the point.
-        in.op = Instr::Variable;
         in.a = std::max<std::int32_t>(op.variable - 1, 0);
+        in.op = in.a == 0 ? Instr::X : Instr::Variable;
         point_size = std::max(point_size, in.a + 1);
         break;
       case OpKind::Constant:
