@@ -41,7 +41,7 @@ bool TextModel::Evaluate(const double* parameters, std::span<const double> point
 }
 
 bool TextModel::Evaluate(const double* parameters, double x, const DataStatistics& words, double& y) noexcept {
-  return EvaluateProgram(state_->program, state_->scratch, parameters, std::span<const double>(&x, 1), words, y);
+  return EvaluateProgram(state_->program, state_->scratch, parameters, x, words, y);
 }
 
 std::string TextModel::Dump() const { return DumpProgram(state_->program); }

@@ -10,10 +10,7 @@
 namespace tessarix::detail {
 
 void PrepareScratch(const ModelProgram& program, EvaluationScratch& scratch) {
-  // Every record pushes at most one cell and runs at most once per
-  // evaluation (jumps go forward only), so the program length bounds the stack.
-  const std::size_t cells = program.code.size() + 2;  // and cell -1
-  if (scratch.stack.size() < cells) scratch.stack.assign(cells, 0.0);
+  if (scratch.stack.size() < program.stack_cells) scratch.stack.assign(program.stack_cells, 0.0);
 }
 
 namespace {
@@ -86,15 +83,15 @@ inline double Quotient(double a, double b) { return b == 0.0 ? kFailed : a / b; 
 // kChecked: the program may hold partial records of a failed compile, so
 // every read of the top and every pop tests for the empty stack.
 template <bool kChecked>
-bool Run(const ModelProgram& program, EvaluationScratch& scratch, const double* parameters, const double* point,
-         const DataStatistics& stats, double& y) {
+[[gnu::always_inline]] inline bool Run(const ModelProgram& program, EvaluationScratch& scratch,
+                                       const double* parameters, double x, const double* point,
+                                       const DataStatistics& stats, double& y) {
   const Instruction* code = program.code.data();
-  const std::int32_t length = static_cast<std::int32_t>(program.code.size()) - 1;
+  const std::int32_t length = program.code_length;
   // Cell -1 exists in memory, so that a push after an "if" that emptied the
   // stack of a broken program spills into it harmlessly.
   double* st = scratch.stack.data() + 1;
   double* saved = scratch.saved.data();
-  const double x = point[0];
   std::int32_t sp = 0;
   double top = st[0];
   std::int32_t pc = 1;
@@ -137,34 +134,6 @@ bool Run(const ModelProgram& program, EvaluationScratch& scratch, const double* 
         TSX_BINARY(a * b)
       case Instr::Divide:
         TSX_BINARY(Quotient(a, b))
-      case Instr::Power:
-        TSX_BINARY(Power(a, b))
-      case Instr::IntDivide:
-        TSX_BINARY(IntDivide(a, b))
-      case Instr::Mod:
-        TSX_BINARY(Mod(a, b))
-      case Instr::Equal:
-        TSX_BINARY(Truth(a == b))
-      case Instr::Less:
-        TSX_BINARY(Truth(a < b))
-      case Instr::Greater:
-        TSX_BINARY(Truth(a > b))
-      case Instr::NotEqual:
-        TSX_BINARY(Truth(a != b))
-      case Instr::LessEqual:
-        TSX_BINARY(Truth(a <= b))
-      case Instr::GreaterEqual:
-        TSX_BINARY(Truth(a >= b))
-      case Instr::And:
-        TSX_BINARY(static_cast<double>(RoundToInt32(a) & RoundToInt32(b)))
-      case Instr::Or:
-        TSX_BINARY(static_cast<double>(RoundToInt32(a) | RoundToInt32(b)))
-      case Instr::Xor:
-        TSX_BINARY(static_cast<double>(RoundToInt32(a) ^ RoundToInt32(b)))
-      case Instr::Eqv:
-        TSX_BINARY(static_cast<double>(~(RoundToInt32(a) ^ RoundToInt32(b))))
-      case Instr::Imp:
-        TSX_BINARY(static_cast<double>(~RoundToInt32(a) | RoundToInt32(b)))
       case Instr::AddX:
         TSX_FUSED(x, a + b)
       case Instr::SubtractX:
@@ -211,6 +180,34 @@ bool Run(const ModelProgram& program, EvaluationScratch& scratch, const double* 
         top = r;
         break;
       }
+      case Instr::Power:
+        TSX_BINARY(Power(a, b))
+      case Instr::IntDivide:
+        TSX_BINARY(IntDivide(a, b))
+      case Instr::Mod:
+        TSX_BINARY(Mod(a, b))
+      case Instr::Equal:
+        TSX_BINARY(Truth(a == b))
+      case Instr::Less:
+        TSX_BINARY(Truth(a < b))
+      case Instr::Greater:
+        TSX_BINARY(Truth(a > b))
+      case Instr::NotEqual:
+        TSX_BINARY(Truth(a != b))
+      case Instr::LessEqual:
+        TSX_BINARY(Truth(a <= b))
+      case Instr::GreaterEqual:
+        TSX_BINARY(Truth(a >= b))
+      case Instr::And:
+        TSX_BINARY(static_cast<double>(RoundToInt32(a) & RoundToInt32(b)))
+      case Instr::Or:
+        TSX_BINARY(static_cast<double>(RoundToInt32(a) | RoundToInt32(b)))
+      case Instr::Xor:
+        TSX_BINARY(static_cast<double>(RoundToInt32(a) ^ RoundToInt32(b)))
+      case Instr::Eqv:
+        TSX_BINARY(static_cast<double>(~(RoundToInt32(a) ^ RoundToInt32(b))))
+      case Instr::Imp:
+        TSX_BINARY(static_cast<double>(~RoundToInt32(a) | RoundToInt32(b)))
       case Instr::If: {
         // Only exactly -1 is true; the branch not taken is not evaluated.
         if (kChecked && sp < 0) return false;
@@ -240,20 +237,36 @@ bool Run(const ModelProgram& program, EvaluationScratch& scratch, const double* 
 
 }  // namespace
 
-bool EvaluateProgram(const ModelProgram& program, EvaluationScratch& scratch, const double* parameters,
-                     std::span<const double> point, const DataStatistics& stats, double& y) noexcept {
-  // A point without the variables the records read (records of an earlier
-  // definition included) cannot be evaluated.
-  if (point.size() < static_cast<std::size_t>(program.point_size)) return false;
+namespace {
+// x is point[0], handed over apart so that a model of one variable reads it
+// from a register.
+[[gnu::always_inline]] inline bool Evaluate(const ModelProgram& program, EvaluationScratch& scratch,
+                                            const double* parameters, double x, const double* point,
+                                            const DataStatistics& stats, double& y) noexcept {
   try {
-    if (scratch.stack.size() < program.code.size() + 2) PrepareScratch(program, scratch);
-    if (program.well_formed) return Run<false>(program, scratch, parameters, point.data(), stats, y);
-    return Run<true>(program, scratch, parameters, point.data(), stats, y);
+    if (scratch.stack.size() < program.stack_cells) PrepareScratch(program, scratch);
+    if (program.well_formed) return Run<false>(program, scratch, parameters, x, point, stats, y);
+    return Run<true>(program, scratch, parameters, x, point, stats, y);
   } catch (...) {
     // A fault of a library routine, a conversion out of range, an exhausted
     // allocator: the model cannot be evaluated here.
     return false;
   }
+}
+}  // namespace
+
+bool EvaluateProgram(const ModelProgram& program, EvaluationScratch& scratch, const double* parameters,
+                     std::span<const double> point, const DataStatistics& stats, double& y) noexcept {
+  // A point without the variables the records read (records of an earlier
+  // definition included) cannot be evaluated.
+  if (point.size() < static_cast<std::size_t>(program.point_size)) return false;
+  return Evaluate(program, scratch, parameters, point[0], point.data(), stats, y);
+}
+
+bool EvaluateProgram(const ModelProgram& program, EvaluationScratch& scratch, const double* parameters, double x,
+                     const DataStatistics& stats, double& y) noexcept {
+  if (program.point_size > 1) return false;
+  return Evaluate(program, scratch, parameters, x, &x, stats, y);
 }
 
 }  // namespace tessarix::detail

@@ -21,5 +21,8 @@ void PrepareScratch(const ModelProgram& program, EvaluationScratch& scratch);
 // was; the saved values keep what was saved so far. Never throws.
 [[nodiscard]] bool EvaluateProgram(const ModelProgram& program, EvaluationScratch& scratch, const double* parameters,
                                    std::span<const double> point, const DataStatistics& stats, double& y) noexcept;
+// The same at a point of one element.
+[[nodiscard]] bool EvaluateProgram(const ModelProgram& program, EvaluationScratch& scratch, const double* parameters,
+                                   double x, const DataStatistics& stats, double& y) noexcept;
 
 }  // namespace tessarix::detail

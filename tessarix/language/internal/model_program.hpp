@@ -180,8 +180,11 @@ struct ModelProgram {
   std::vector<JumpEntry> jumps;
   bool has_jump_table = false;
 
-  // The evaluator's form of the records, rebuilt by FinishProgram.
+  // The evaluator's form of the records, rebuilt by FinishProgram:
+  // instructions 1..code_length, and the cells of stack they need.
   std::vector<Instruction> code;
+  std::int32_t code_length = 0;
+  std::size_t stack_cells = 2;
   // False once a failed compile has left partial records: the evaluator then
   // checks every pop for an empty stack. Records of successful compiles can
   // never take the stack below its start.

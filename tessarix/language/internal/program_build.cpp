@@ -215,6 +215,11 @@ void FinishProgram(ModelProgram& program, std::int32_t parameter_count) {
   }
   FuseOperands(code);
   program.code = std::move(code);
+  program.code_length = length;
+  // Every record pushes at most one cell and runs at most once per
+  // evaluation (jumps go forward only), so the program length bounds the
+  // stack; one more for cell -1.
+  program.stack_cells = static_cast<std::size_t>(length) + 3;
   program.point_size = point_size;
 }
 
