@@ -98,7 +98,8 @@ void Compiler::ParseExpression(int level, int depth) {
     const BinaryOperator& op = kBinaryOperators[taken];
     tok_.Next();
     ParseExpression(op.right_level, depth + 1);
-    Emit(std::string(op.token), OpKind::Binary, static_cast<std::int16_t>(taken + 1));
+    ModelOp* record = Emit(std::string(op.token), OpKind::Binary, static_cast<std::int16_t>(taken + 1));
+    if (record != nullptr) record->operation = op.instr;
   }
 }
 
@@ -121,7 +122,9 @@ void Compiler::ParseOperand(int depth) {
     const UnaryOperator& op = token == "-" ? kNegate : kNot;
     tok_.Next();
     ParseExpression(op.operand_level, depth + 1);
-    Emit(std::string(op.text), OpKind::Unary, static_cast<std::int16_t>(&op - kUnaryOperators.data() + 1));
+    ModelOp* record =
+        Emit(std::string(op.text), OpKind::Unary, static_cast<std::int16_t>(&op - kUnaryOperators.data() + 1));
+    if (record != nullptr) record->operation = op.instr;
   } else if (token == "(") {
     tok_.Next();
     ParseExpression(1, depth + 1);

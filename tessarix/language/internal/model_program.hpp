@@ -161,7 +161,8 @@ struct ModelOp {
   std::int16_t param_index = 0;
   std::int16_t code = 0;
   double value = 0.0;
-  // Resolved by the symbol table while parsing.
+  // Resolved while parsing.
+  Instr operation = Instr::Skip;          // Unary and Binary records
   const FunctionRow* function = nullptr;  // Function records
   std::int16_t variable = 0;              // Variable and DataWord records: 0 for x, k for xk
   DataWord data_word = DataWord::XMin;    // DataWord records

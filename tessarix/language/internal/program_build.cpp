@@ -158,12 +158,6 @@ void FunctionInstruction(const ModelProgram& program, std::int32_t i, const Func
   }
 }
 
-template <class Table>
-Instr OperatorInstr(const Table& table, std::int16_t code) {
-  return code >= 1 && static_cast<std::size_t>(code) <= table.size() ? table[static_cast<std::size_t>(code - 1)].instr
-                                                                     : Instr::Fail;
-}
-
 }  // namespace
 
 void FinishProgram(ModelProgram& program, std::int32_t parameter_count) {
@@ -185,10 +179,8 @@ void FinishProgram(ModelProgram& program, std::int32_t parameter_count) {
         in.value = op.value;
         break;
       case OpKind::Unary:
-        in.op = OperatorInstr(kUnaryOperators, op.code);
-        break;
       case OpKind::Binary:
-        in.op = OperatorInstr(kBinaryOperators, op.code);
+        in.op = op.operation;
         break;
       case OpKind::Parameter:
         // An index left by an earlier definition may lie outside the present
