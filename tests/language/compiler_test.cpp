@@ -36,7 +36,7 @@ TEST(Tokeniser, ReservedWordsRelationalPairsAndNumbers) {
   EXPECT_EQ(Tokens("1e5 - 3*1.2.3*.5"), (Names{"num:1e5", "-", "num:3", "*", "num:1.2.3", "*", "num:.5"}));
   EXPECT_EQ(Tokens("1,5;2", false, ",", ";"), (Names{"num:1,5", ";", "num:2"}));
   // A lexeme that does not convert is the constant 0.
-  CheckValues({{"1e5-3", 0.0}, {"1e5 - 3", 99997.0}, {"1.2.3", 0.0}, {"1e-5", 1e-5}, {"1e-400", 0.0}, {"1e999", 0.0}});
+  CheckTable("1e5-3 => 0 | 1e5 - 3 => 99997 | 1.2.3 => 0 | 1e-5 => 1e-5 | 1e-400 => 0 | 1e999 => 0");
   LanguageModel m;
   EXPECT_TSX_CODE(m.Define("2e3+x*a"), 10015);  // "2e3+" then "x": no operator between
 }
@@ -53,27 +53,13 @@ TEST(Compiler, EmitsPostfixRecords) {
 }
 
 TEST(Compiler, PrecedenceAndAssociativity) {
-  CheckValues({
-      {"2^3^2", 64.0},
-      {"-2^2", -4.0},
-      {"-2*3+1", -5.0},
-      {"2^-1", 0.5},
-      {"3*-2", -6.0},
-      {"1+2*3", 7.0},
-      {"7\\2*2", 1.0},
-      {"7 mod 4\\2", 1.0},
-      {"1+2 mod 2", 1.0},
-      {"1+1=2", -1.0},
-      {"not 1=2", -1.0},
-      {"not 0 and 0", 0.0},
-      {"1 or 2 and 0", 1.0},
-      {"1 xor 1 or 1", 0.0},
-      {"0 eqv 1 or 1", -2.0},
-      {"0 imp 0 eqv 1", -1.0},
-      {"10-4-3", 3.0},
-      {"64/4/2", 8.0},
-      {"PI+pi-Pi", 3.14159265358979},
-  });
+  // Left-associative, "^" too; unary minus binds looser than "^" and tighter
+  // than "*", and may follow any operator; "not" takes a comparison.
+  CheckTable(R"(
+    2^3^2 => 64 | -2^2 => -4 | -2*3+1 => -5 | 2^-1 => 0.5 | 3*-2 => -6 | 1+2*3 => 7 | 7\2*2 => 1 | 7 mod 4\2 => 1
+    1+2 mod 2 => 1 | 1+1=2 => -1 | not 1=2 => -1 | not 0 and 0 => 0 | 1 or 2 and 0 => 1 | 1 xor 1 or 1 => 0
+    0 eqv 1 or 1 => -2 | 0 imp 0 eqv 1 => -1 | 10-4-3 => 3 | 64/4/2 => 8 | PI+pi-Pi => 3.14159265358979
+  )");
 }
 
 TEST(Compiler, NamesCaseAndParameterOrder) {

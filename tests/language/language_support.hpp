@@ -8,6 +8,7 @@
 #include <initializer_list>
 #include <optional>
 #include <span>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -76,24 +77,34 @@ inline std::optional<double> Calc(const std::string& expr, double x = 0.0) {
   return m.Eval(x, {0.0});
 }
 
-// Expressions and their values (nullopt: the evaluation fails), checked
-// exactly or within a tolerance relative to max(1, |expected|).
-struct ValueCase {
-  const char* expr;
-  std::optional<double> expected;
-  double tolerance = 0.0;
-};
-inline void CheckValues(std::initializer_list<ValueCase> cases, double x = 0.0) {
-  for (const ValueCase& c : cases) {
-    const std::optional<double> got = Calc(c.expr, x);
-    if (!c.expected) {
-      EXPECT_EQ(got, std::nullopt) << c.expr;
-    } else if (!got) {
-      ADD_FAILURE() << c.expr << " fails, expected " << *c.expected;
-    } else if (c.tolerance == 0.0) {
-      EXPECT_EQ(*got, *c.expected) << c.expr;
+// Checks a table of expressions and their values, one case per line or
+// between "|": "expr => value" (exactly), "expr => value ~tol" (within tol
+// times max(1, |value|)) or "expr => fails". Each is computed by Calc at x.
+inline void CheckTable(const std::string& table, double x = 0.0) {
+  std::size_t begin = 0;
+  while (begin < table.size()) {
+    const std::size_t end = std::min(table.find_first_of("|\n", begin), table.size());
+    const std::string item = table.substr(begin, end - begin);
+    begin = end + 1;
+    if (item.find_first_not_of(' ') == std::string::npos) continue;
+    const std::size_t arrow = item.find(" => ");
+    ASSERT_NE(arrow, std::string::npos) << item;
+    const std::string expr = item.substr(item.find_first_not_of(' '), arrow - item.find_first_not_of(' '));
+    std::istringstream rest(item.substr(arrow + 4));
+    std::string value, tolerance;
+    rest >> value >> tolerance;
+    const std::optional<double> got = Calc(expr, x);
+    if (value == "fails") {
+      EXPECT_EQ(got, std::nullopt) << expr;
+      continue;
+    }
+    const double expected = std::stod(value);
+    if (!got) {
+      ADD_FAILURE() << expr << " fails, expected " << value;
+    } else if (tolerance.empty()) {
+      EXPECT_EQ(*got, expected) << expr;
     } else {
-      EXPECT_NEAR(*got, *c.expected, c.tolerance * std::max(1.0, std::fabs(*c.expected))) << c.expr;
+      EXPECT_NEAR(*got, expected, std::stod(tolerance.substr(1)) * std::max(1.0, std::fabs(expected))) << expr;
     }
   }
 }
