@@ -6,37 +6,16 @@
 
 #include "language_support.hpp"
 #include "tessarix/foundation/fault.hpp"
-#include "tessarix/language/internal/tokeniser.hpp"
 
 namespace tessarix::test {
 namespace {
 
 using Names = std::vector<std::string>;
 
-Names Tokens(const std::string& text, bool several = false, const std::string& dec = ".",
-             const std::string& list = ",") {
-  detail::Tokeniser t(dec, list, several);
-  t.Reset(text);
-  Names out;
-  for (t.Next(); !t.Token().empty() && out.size() < 50; t.Next()) {
-    out.push_back(t.Token() == "num" || t.Token() == "id" ? t.Token() + ":" + t.Lexeme() : t.Token());
-  }
-  return out;
-}
-
-TEST(Tokeniser, ReservedWordsRelationalPairsAndNumbers) {
-  // Single letters a to t and the variable are tokens of their own; u to z are not.
-  EXPECT_EQ(Tokens(" a\t<=\r\nB >> c<>d =< Mod AND x X alpha_1 _u t u"),
-            (Names{"a", "<=", "B", ">>", "c", "<>", "d", "=", "<", "Mod", "AND", "x", "X", "id:alpha_1", "id:_u", "t",
-                   "id:u"}));
-  EXPECT_EQ(Tokens("x x1 X07 x50 x51 x0 x010", true),
-            (Names{"id:x", "x1", "X07", "x50", "id:x51", "id:x0", "id:x010"}));
-  // The exponent takes every sign that follows it; the scan does no checking.
-  EXPECT_EQ(Tokens("2e3+x"), (Names{"num:2e3+", "x"}));
-  EXPECT_EQ(Tokens("1e5 - 3*1.2.3*.5"), (Names{"num:1e5", "-", "num:3", "*", "num:1.2.3", "*", "num:.5"}));
-  EXPECT_EQ(Tokens("1,5;2", false, ",", ";"), (Names{"num:1,5", ";", "num:2"}));
-  // A lexeme that does not convert is the constant 0.
-  CheckTable("1e5-3 => 0 | 1e5 - 3 => 99997 | 1.2.3 => 0 | 1e-5 => 1e-5 | 1e-400 => 0 | 1e999 => 0");
+TEST(Compiler, NumbersAreReadWithoutChecking) {
+  // The exponent takes every sign that follows it, and a lexeme that does
+  // not convert is the constant 0.
+  CheckTable("1e5-3 => 0 | 1e5 - 3 => 99997 | 1.2.3 => 0 | 1e-5 => 1e-5 | 1e-400 => 0 | 1e999 => 0 | .5*4 => 2");
   LanguageModel m;
   EXPECT_TSX_CODE(m.Define("2e3+x*a"), 10015);  // "2e3+" then "x": no operator between
 }
@@ -89,7 +68,7 @@ TEST(Compiler, NamesCaseAndParameterOrder) {
 TEST(Compiler, SyntaxFaultsAndBoundedNesting) {
   LanguageModel m;
   for (const char* text : {"", "2*x*", "2 x", "a+(", "a*x)", "(a*x", "max(a)", "max(a,x,1)", "sin(a,x)", "a*x+>b",
-                           "if(x>0,a)", "x>>a", "a*x+#", "a*x,", "endif(x)"}) {
+                           "if(x>0,a)", "x>>a", "x=<a", "a*x+#", "a*x,", "endif(x)", "x.a"}) {
     EXPECT_TSX_ERROR(m.Define(text), 10015, "Model definition error, invalid model syntax");
   }
   EXPECT_TSX_CODE(m.Define(std::string(400, '(') + "a*x" + std::string(400, ')')), 10015);
@@ -157,10 +136,6 @@ TEST(Compiler, ProgramOutlivesRedefinition) {
 TEST(Compiler, JumpTable) {
   LanguageModel m;
   m.Define("if(x>a,if(x>b,1,2),3)");
-  EXPECT_EQ(m.Dump(),
-            "1 var x\n2 param a #1\n3 binary > c10\n4 func if c45 ->5/14\n5 var x\n6 param b #2\n"
-            "7 binary > c10\n8 func if c45 ->9/11\n9 const 1 =1\n10 func endtrue c46 ->12\n11 const 2 =2\n"
-            "12 func endif c47\n13 func endtrue c46 ->15\n14 const 3 =3\n15 func endif c47\n");
   EXPECT_EQ(m.Eval(0.0, {1.0, 2.0}), 3.0);
   EXPECT_EQ(m.Eval(1.5, {1.0, 2.0}), 2.0);
   EXPECT_EQ(m.Eval(2.5, {1.0, 2.0}), 1.0);

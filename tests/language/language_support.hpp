@@ -7,7 +7,6 @@
 #include <cmath>
 #include <initializer_list>
 #include <optional>
-#include <span>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -40,16 +39,14 @@ class LanguageModel {
 
   // The model at a point with parameter values in sorted order; nullopt when
   // the evaluation fails.
-  std::optional<double> At(std::initializer_list<double> point, std::initializer_list<double> values = {}) {
+  std::optional<double> At(const std::vector<double>& point, std::initializer_list<double> values = {}) {
     std::size_t i = 1;
     for (double v : values) {
       if (i < parameters_.size()) parameters_[i] = v;
       ++i;
     }
     double y = -12345.0;
-    if (!model_.Evaluate(parameters_.data(), std::span<const double>(point.begin(), point.size()), stats_, y)) {
-      return std::nullopt;
-    }
+    if (!model_.Evaluate(parameters_.data(), point, stats_, y)) return std::nullopt;
     return y;
   }
   std::optional<double> Eval(double x, std::initializer_list<double> values = {}) { return At({x}, values); }
