@@ -20,6 +20,7 @@ struct FitPlotData {
   // The fitted curve as runs of (x, y) points; a break between runs is a
   // place where the model could not be evaluated.
   std::vector<std::vector<std::pair<double, double>>> curve;
+  std::string curve_label = "fitted model";  // the curve's entry in the legend
 };
 
 // The whole SVG document. All texts are escaped; numbers are finite.
