@@ -21,6 +21,57 @@ std::int32_t Midpoint(std::int32_t lo, std::int32_t hi) {
   return static_cast<std::int32_t>(k);
 }
 
+// The interval [lo, lo + 1] of t: the last knot lo <= m - 1 with x(lo) <= t,
+// or 1 when there is none (t below the knots). As the knots ascend strictly,
+// the answer is unique, and bisection of 1..m finds it; here bisection runs
+// only over a window found by a galloping search from where t would lie
+// among evenly spaced knots, so that a query on a large spline touches a few
+// knots instead of log2(m) scattered ones.
+std::int32_t FindInterval(const Vector1& x, std::int32_t m, double t) {
+  // Invariant: (lo == 1 or x(lo) <= t) and (hi == m or x(hi) > t).
+  std::int32_t lo = 1;
+  std::int32_t hi = m;
+  // Plain arithmetic: a guess that overflows or is NaN is no guess, and the
+  // search covers all knots.
+  const double guess = (t - x[1]) / (x[At(m)] - x[1]) * static_cast<double>(m - 1);
+  if (guess >= 0.0 && guess < static_cast<double>(m - 1)) {
+    const std::int32_t g = 1 + static_cast<std::int32_t>(guess);
+    std::int64_t step = 1;
+    if (x[At(g)] <= t) {
+      lo = g;
+      while (lo + step < m) {
+        const auto next = static_cast<std::int32_t>(lo + step);
+        if (x[At(next)] > t) {
+          hi = next;
+          break;
+        }
+        lo = next;
+        step *= 2;
+      }
+    } else {
+      hi = g;
+      while (hi - step > 1) {
+        const auto next = static_cast<std::int32_t>(hi - step);
+        if (x[At(next)] <= t) {
+          lo = next;
+          break;
+        }
+        hi = next;
+        step *= 2;
+      }
+    }
+  }
+  while (hi - lo > 1) {
+    const std::int32_t k = Midpoint(lo, hi);
+    if (x[At(k)] <= t) {
+      lo = k;
+    } else {
+      hi = k;
+    }
+  }
+  return lo;
+}
+
 }  // namespace
 
 void SplineKnots::Clear() {
@@ -92,16 +143,8 @@ void BuildSecondDerivatives(SplineKnots& knots, SplineRanges& ranges) {
 
 double EvaluateSpline(const SplineKnots& knots, double t) {
   const Vector1& x = knots.x;
-  std::int32_t lo = 1;
-  std::int32_t hi = knots.m;
-  while (hi - lo > 1) {
-    const std::int32_t k = Midpoint(lo, hi);
-    if (x[At(k)] <= t) {
-      lo = k;
-    } else {
-      hi = k;
-    }
-  }
+  const std::int32_t lo = FindInterval(x, knots.m, t);
+  const std::int32_t hi = lo + 1;
   const Num h = Num(x[At(hi)]) - x[At(lo)];
   const Num a = (Num(x[At(hi)]) - t) / h;
   const Num b = (Num(t) - x[At(lo)]) / h;

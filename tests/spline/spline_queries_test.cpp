@@ -83,6 +83,28 @@ TEST(CubicSplineQueries, ValuesAtKnotsAndBetweenFollowThePieces) {
   }
 }
 
+TEST(CubicSplineQueries, UnevenKnotsFindTheirIntervals) {
+  // Knots crowded at one end and sparse at the other, so that a guess from
+  // even spacing is far off; each value must come from its own piece.
+  std::vector<double> x, y;
+  for (int i = 0; i < 60; ++i) {
+    x.push_back(std::pow(1.3, i) - 1);
+    y.push_back(std::cos(0.7 * i));
+  }
+  CubicSpline s;
+  s.Fit(x, y);
+  for (int i = 0; i + 1 < 60; ++i) {
+    for (double f : {0.0, 0.01, 0.5, 0.99}) {
+      const double t =
+          x[static_cast<std::size_t>(i)] + f * (x[static_cast<std::size_t>(i) + 1] - x[static_cast<std::size_t>(i)]);
+      const CubicInformation piece = s.GetCubicByValue(t);
+      const double u = t - piece.LowerBound();
+      const double polynomial = ((piece.a() * u + piece.b()) * u + piece.c()) * u + piece.d();
+      EXPECT_NEAR(s.PredictValue(t), polynomial, 1e-9 * (1 + std::fabs(polynomial))) << t;
+    }
+  }
+}
+
 TEST(CubicSplineQueries, OnlyTheKnotRangeIsAnswered) {
   CubicSpline s;
   FitHat(s);

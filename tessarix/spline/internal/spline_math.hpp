@@ -45,9 +45,10 @@ bool AverageDuplicatePoints(const Vector1& x, const Vector1& y, std::int32_t n, 
 // tridiagonal system with y2(1) = y2(m) = 0; and the ranges of the knots.
 void BuildSecondDerivatives(SplineKnots& knots, SplineRanges& ranges);
 
-// The spline at t. The interval is found by bisection of the knots; outside
-// the knots the first or last cubic goes on (extrapolation), which the
-// derivative's differences at the end knots rely on. Faults on overflow.
+// The spline at t on the interval [x(lo), x(lo + 1)] with lo the last knot
+// below m with x(lo) <= t (1 below the knots): outside the knots the first or
+// last cubic goes on (extrapolation), which the derivative's differences at
+// the end knots rely on. Faults on overflow.
 double EvaluateSpline(const SplineKnots& knots, double t);
 
 // EvaluateSpline with a fault of the arithmetic reported as false.
