@@ -40,10 +40,10 @@ DelimiterTypeEnum DelimiterOf(const std::string& name) {
   return found == names.end() ? tsxDelimiterComma : found->second;
 }
 
-// Options of the data file, shared by fit, rank and spline (which has no use
-// for deviations). The delimiter's name is stored in `delimiter` and turned
-// into data.delimiter after parsing.
-void AddDataOptions(CLI::App& command, DataOptions& data, std::string& delimiter, bool with_sd = true) {
+// Options of the data file, shared by fit, rank and spline (which takes one x
+// column and no deviations: `regression` false). The delimiter's name is
+// stored in `delimiter` and turned into data.delimiter after parsing.
+void AddDataOptions(CLI::App& command, DataOptions& data, std::string& delimiter, bool regression = true) {
   command.add_option("DATA", data.path, "Delimited text file: a header line of column names, then rows of numbers")
       ->required()
       ->type_name("FILE");
@@ -57,10 +57,23 @@ void AddDataOptions(CLI::App& command, DataOptions& data, std::string& delimiter
       ->capture_default_str();
   command.add_option("--missing", data.missing, "Text that marks a missing value; rows holding it are left out")
       ->type_name("TEXT");
-  command.add_option("--x", data.x_column, "Column of the independent variable (default: the first)")
+  if (!regression) {
+    command.add_option("--x", data.x_column, "Column of the independent variable (default: the first)")
+        ->type_name("NAME");
+    command.add_option("--y", data.y_column, "Column of the dependent variable (default: the second)")
+        ->type_name("NAME");
+    return;
+  }
+  command
+      .add_option("--x", data.x_column,
+                  "Column of the independent variable (default: the first); several as NAME1,NAME2,... for a model "
+                  "in x1, x2, ... in that order")
+      ->type_name("NAME[,NAME...]");
+  command
+      .add_option("--y", data.y_column,
+                  "Column of the dependent variable (default: the second; with several variables the first column "
+                  "that is none of them)")
       ->type_name("NAME");
-  command.add_option("--y", data.y_column, "Column of the dependent variable (default: the second)")->type_name("NAME");
-  if (!with_sd) return;
   command.add_option("--sd", data.sd_column, "Column of standard deviations of Y; the fit is weighted by them")
       ->type_name("NAME");
 }

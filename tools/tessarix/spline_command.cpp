@@ -165,6 +165,9 @@ std::string SplineReport(CubicSpline& spline, const std::string& data_path, cons
 }
 
 int RunSpline(const SplineOptions& options, std::ostream& out) {
+  if (options.data.x_column.find(',') != std::string::npos) {
+    throw ToolError("spline: --x names one column; a spline has one independent variable", kExitUsage);
+  }
   const LoadedData data = LoadData(options.data);
   CubicSpline spline;
   try {

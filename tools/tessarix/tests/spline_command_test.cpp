@@ -90,7 +90,8 @@ TEST(SplineCommand, FailuresGiveTheirMessageAndStatus) {
   EXPECT_NE(run.err.find("--at 2.5 lies outside the knots, 0 to 2"), std::string::npos) << run.err;
   EXPECT_EQ(run.out, "");
   EXPECT_EQ(RunTool({"spline", good, "--at", "nan"}).status, 1);
-  EXPECT_EQ(RunTool({"spline", good, "--sd", "y"}).status, 2);  // a spline has no weights
+  EXPECT_EQ(RunTool({"spline", good, "--sd", "y"}).status, 2);   // a spline has no weights
+  EXPECT_EQ(RunTool({"spline", good, "--x", "x,y"}).status, 2);  // nor several variables
   EXPECT_EQ(RunTool({"spline", good, "--at", "one"}).status, 2);
 
   const auto help = RunTool({"--help"});
