@@ -46,7 +46,7 @@ constexpr double kFalse = 0.0;
       const std::int32_t ia = RoundToInt32(a), ib = RoundToInt32(b);
       if (ib == 0) return false;
       if (ia == std::numeric_limits<std::int32_t>::min() && ib == -1) return false;  // overflows 32 bits
-      r = static_cast<double>(ia / ib);
+      r = static_cast<double>(ia / ib);  // NOLINT(bugprone-integer-division): the language's integer division
       break;
     }
     case BinaryOp::Mod: {
