@@ -36,6 +36,11 @@ void RegressionEngine::StoreAndRaise(ErrorCode code) {
   RaiseLibraryError(code);
 }
 
+void RegressionEngine::StoreAndRaise(ErrorCode code, const std::string& message) {
+  core.last_error = message;
+  throw ErrorFactory::Make(code, message);
+}
+
 // ---- definitions -------------------------------------------------------------------------
 
 void RegressionEngine::BeginDefinition() {
@@ -84,11 +89,12 @@ void RegressionEngine::ReleaseWorkArrays() {
 
 namespace {
 
-void AddColumn(DataCollection& tables, const std::string& name, const std::string& key, std::span<const double> values,
+// A work array (one-based, 1..n) becomes the column: taken over, not copied.
+void AddColumn(DataCollection& tables, const std::string& name, const std::string& key, std::vector<double>&& values,
                std::int32_t n) {
-  const std::shared_ptr<DataSeries> series = DataAccess::ReplaceSeries(tables, name, n);
+  const std::shared_ptr<DataSeries> series = DataAccess::ReplaceSeries(tables, name, 0);
   if (!key.empty()) series->SetRegressionKey(key);
-  DataAccess::CopyValuesIn(*series, values, n);
+  DataAccess::AdoptValues(*series, std::move(values), n);
 }
 
 }  // namespace
@@ -98,19 +104,20 @@ void RegressionEngine::PublishTables(std::int32_t n, const ResultColumns& column
   DataAccess::SetReadOnly(tables, false);
   const std::int32_t width = points.Width();
   if (width == 1) {
-    AddColumn(tables, columns.x_names[0], columns.x_keys[0], points.Values(), n);
+    AddColumn(tables, columns.x_names[0], columns.x_keys[0], points.TakeValues(), n);
   } else {
-    Vector1 column = MakeVector1(n);
     for (std::int32_t j = 1; j <= width; ++j) {
+      Vector1 column = MakeVector1(n);
       for (std::int32_t i = 1; i <= n; ++i) column[static_cast<std::size_t>(i)] = points.At(i, j);
       AddColumn(tables, columns.x_names[static_cast<std::size_t>(j - 1)],
-                columns.x_keys[static_cast<std::size_t>(j - 1)], column, n);
+                columns.x_keys[static_cast<std::size_t>(j - 1)], std::move(column), n);
     }
+    points.Release();
   }
-  AddColumn(tables, columns.y, "Y", core.y, n);
-  if (with_deviations) AddColumn(tables, columns.sd, "SD", core.deviations, n);
-  AddColumn(tables, columns.predicted, "", core.predicted, n);
-  AddColumn(tables, "Residuals", "", core.residuals, n);
+  AddColumn(tables, columns.y, "Y", std::move(core.y), n);
+  if (with_deviations) AddColumn(tables, columns.sd, "SD", std::move(core.deviations), n);
+  AddColumn(tables, columns.predicted, "", std::move(core.predicted), n);
+  AddColumn(tables, "Residuals", "", std::move(core.residuals), n);
 }
 
 void RegressionEngine::Fit(ObservationSource& source) {
@@ -176,7 +183,7 @@ bool RegressionEngine::EvaluateRows(std::int32_t first, std::int32_t count, cons
 std::string RegressionEngine::PointText(std::int32_t i) const { return hooks_->PointText(points.Row(i)); }
 
 void RegressionEngine::ComputeDataStatistics() {
-  hooks_->ComputeDataStatistics(points, core.y, points.Count(), core.data_statistics);
+  hooks_->ComputeDataStatistics(points, core.y, points.Count(), core.data_statistics, core.variable_statistics);
 }
 
 bool RegressionEngine::ObtainLeastSquaresEstimates() {

@@ -7,7 +7,6 @@
 #include "tessarix/core/internal/model_kinds.hpp"
 #include "tessarix/core/internal/regression_engine.hpp"
 #include "tessarix/foundation/error_catalogue.hpp"
-#include "tessarix/models/model_catalogue.hpp"
 
 namespace tessarix {
 
@@ -54,7 +53,7 @@ void RegressionObject::DefineInternalModel(std::int32_t ModelID) {
   // at all, the earlier one gone.
   e.BeginDefinition();
   e.model.text.ResetFlags();
-  const detail::InternalModelEntry* entry = detail::FindInternalModel(ModelID);
+  const detail::InternalModelEntry* entry = e.Hooks().FindPredefinedModel(ModelID);
   if (entry == nullptr) {
     // No entry: code and term count 0, the label left as it stood.
     e.model.evaluation_code = 0;

@@ -10,6 +10,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "tessarix/core/internal/point_model.hpp"
 #include "tessarix/foundation/enums.hpp"
@@ -119,6 +120,9 @@ struct RegressionCore {
   RegressionStatistics statistics;
   MarquardtState marquardt;
   DataStatistics data_statistics;
+  // With several variables: the data words of variable k at element k - 1
+  // (its x values with the run's y values).
+  std::vector<DataStatistics> variable_statistics;
 
   // Created on first need, so that const getters can hand them out.
   mutable std::shared_ptr<tessarix::RegressionParameters> parameters;

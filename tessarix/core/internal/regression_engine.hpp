@@ -18,6 +18,7 @@
 #include "tessarix/core/internal/regression_core.hpp"
 #include "tessarix/foundation/error_code.hpp"
 #include "tessarix/foundation/error_handler.hpp"
+#include "tessarix/models/model_catalogue.hpp"
 
 namespace tessarix::detail {
 
@@ -31,11 +32,17 @@ class RegressionHooks {
   virtual std::string_view ClassName() const = 0;
   // The IterationComplete event.
   virtual void IterationComplete(std::int32_t iteration, double sse, bool& abort) = 0;
-  // The data words of a run from its observations.
-  virtual void ComputeDataStatistics(const PointTable& points, const Vector1& y, std::int32_t n,
-                                     DataStatistics& words) = 0;
+  // The data words of a run from its observations: `words` for one
+  // variable (and y), `variable_words` per variable where there are several.
+  virtual void ComputeDataStatistics(const PointTable& points, const Vector1& y, std::int32_t n, DataStatistics& words,
+                                     std::vector<DataStatistics>& variable_words) = 0;
   // A point as the failure texts of a run show it.
   virtual std::string PointText(std::span<const double> point) const = 0;
+  // The class's catalogue entry of a pre-defined model, or nullptr.
+  virtual const InternalModelEntry* FindPredefinedModel(std::int32_t model_id) const = 0;
+  // Whether the model language reads x1..xm (the multi-variable class)
+  // rather than the one x.
+  virtual bool SeveralVariables() const = 0;
 };
 
 // The names of the result tables' columns.
@@ -87,6 +94,8 @@ class RegressionEngine final : public RunModel {
   }
   // Stores the catalogue message as the last error text, then raises it.
   [[noreturn]] void StoreAndRaise(ErrorCode code);
+  // The same with a message of its own (a catalogue text with a suffix).
+  [[noreturn]] void StoreAndRaise(ErrorCode code, const std::string& message);
 
   // ---- definitions ----------------------------------------------------------------
   // The first steps of every definition: 10033, then the reset of the model
@@ -132,6 +141,8 @@ class RegressionEngine final : public RunModel {
   std::string_view ClassName() const override { return hooks_->ClassName(); }
   ModelTypeEnum Type() const override { return model.type; }
   std::string ModelText() const override { return model.model_text.empty() ? std::string() : model.model_text[0]; }
+
+  RegressionHooks& Hooks() { return *hooks_; }
 
  private:
   void AbandonDefinition(const std::string& description);
