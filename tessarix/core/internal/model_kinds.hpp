@@ -50,18 +50,26 @@ void ReadEventDerivatives(const ExternalBuffers& buffers, bool alternative, std:
 template <class Events, class Calls>
 class ExternalKind final : public PointModel {
  public:
+  // `last_error` receives the text of failed derivatives; null: a text of
+  // the kind's own.
   ExternalKind(Events& events, std::int32_t count, bool external_derivatives, bool alternative_events,
-               std::string& last_error)
+               std::string* last_error)
       : events_(events),
         count_(count),
         external_derivatives_(external_derivatives),
         alternative_(alternative_events),
-        last_error_(last_error) {
+        last_error_(last_error != nullptr ? *last_error : private_error_) {
     const auto size = static_cast<std::size_t>(count);
     buffers_.values.assign(size, 0.0);
     buffers_.derivatives.assign(size, 0.0);
     buffers_.values_alt = Variant::Array(std::vector<Variant>(size, Variant(0.0)));
     buffers_.derivatives_alt = Variant::Array(std::vector<Variant>(size, Variant(0.0)));
+  }
+
+  // Only for a host that has declared its handlers thread-safe; each copy
+  // hands the events arrays of its own.
+  std::unique_ptr<PointModel> ThreadCopy() const override {
+    return std::make_unique<ExternalKind>(events_, count_, external_derivatives_, alternative_, nullptr);
   }
 
   bool RawValue(std::span<const double> point, const double* parameters, double& y) override {
@@ -103,6 +111,9 @@ class ExternalKind final : public PointModel {
   std::int32_t count_;
   bool external_derivatives_;
   bool alternative_;
+  // A copy's own error text (declared before the reference that may name it):
+  // the pass writes its message over it anyway.
+  std::string private_error_;
   std::string& last_error_;
   ExternalBuffers buffers_;
 };
