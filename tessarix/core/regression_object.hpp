@@ -99,6 +99,23 @@ class TESSARIX_API RegressionObject {
   double RegressionTolerance() const;
   void SetRegressionTolerance(double value);
 
+  // ---- extension: threads --------------------------------------------------------
+  // The threads of a pass over the data, 1 (the default) or more. Each thread
+  // evaluates the model on its share of the observations and the sums are
+  // then formed in the order of the observations, so every result is the same
+  // for any number of threads. A pass runs in parallel for pre-defined models
+  // and for external models whose host has declared its events thread-safe;
+  // user models (whose sub-definitions keep values from one evaluation to the
+  // next) and other external models run on one thread. The setter raises
+  // 10033 when locked and 10027 below 1.
+  std::int32_t Threads() const;
+  void SetThreads(std::int32_t value);
+  // Whether the host's per-point events of an external model may be called
+  // from several threads at once (default false). The setter raises 10033
+  // when locked.
+  bool ThreadSafeEvents() const;
+  void SetThreadSafeEvents(bool value);
+
   // ---- results of the solved fit: each raises 10023, then 10029 ---------------
   // Iterations of the run, counting the last one (one more than
   // MaxIterations when the limit was reached).
