@@ -5,6 +5,7 @@
 #include <tessarix/data/data_collection.hpp>
 #include <tessarix/data/data_series.hpp>
 #include <tessarix/multiple/multiple_nonlinear_regression.hpp>
+#include <utility>
 
 #include "csv_table.hpp"
 #include "report.hpp"
@@ -100,13 +101,23 @@ int FitAndReport(Regression& regression, const FitOptions& options, const Loaded
   heading.sd_name = data.sd ? data.sd->Name() : "";
   heading.model_label = ModelLabel(regression, options.model);
   out << FitReport(regression, heading);
+  // The notes on written files follow the report after one empty line.
+  const char* gap = "\n";
   if (!options.table_path.empty()) {
     WriteResultTable(options.table_path, *regression.ResultTables());
-    out << "\nTable written to " << CleanText(options.table_path) << '\n';
+    out << std::exchange(gap, "") << "Table written to " << CleanText(options.table_path) << '\n';
   }
   if (!options.plot_path.empty()) {
     WriteFitPlot(options.plot_path, plot_data(heading.model_label));
-    out << (options.table_path.empty() ? "\n" : "") << "Plot written to " << CleanText(options.plot_path) << '\n';
+    out << std::exchange(gap, "") << "Plot written to " << CleanText(options.plot_path) << '\n';
+  }
+  if (!options.tsf_path.empty()) {
+    try {
+      regression.SaveTSF(options.tsf_path, options.tsf_major, options.tsf_minor);
+    } catch (const Error& e) {
+      throw ToolError("cannot write the result file '" + CleanText(options.tsf_path) + "': " + e.Description());
+    }
+    out << std::exchange(gap, "") << "Result file written to " << CleanText(options.tsf_path) << '\n';
   }
   return kExitOk;
 }

@@ -1,7 +1,8 @@
 // `tessarix fit`: one model fitted to one data file, with the report on
-// standard output and the optional log, table and plot files.
+// standard output and the optional log, table, plot and result files.
 #pragma once
 
+#include <cstdint>
 #include <ostream>
 #include <string>
 #include <tessarix/core/nonlinear_regression.hpp>
@@ -19,7 +20,11 @@ struct FitOptions {
   std::string log_path;    // --log
   std::string table_path;  // --table
   std::string plot_path;   // --plot
-  int plot_points = 500;   // points of the fitted curve in the plot
+  std::string tsf_path;    // --tsf
+  // The Tessara version of the result file (--tsf-version).
+  std::int32_t tsf_major = 8;
+  std::int32_t tsf_minor = 0;
+  int plot_points = 500;  // points of the fitted curve in the plot
 };
 
 // The whole subcommand; returns the exit status, throws ToolError.
