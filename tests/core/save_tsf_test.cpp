@@ -1,9 +1,6 @@
 // NonlinearRegression::SaveTSF: whole files against the golden files of
 // tests/resultfile/golden/, and the checks before the write.
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <memory>
 #include <string>
@@ -118,20 +115,6 @@ TEST_F(SaveTsfTest, ChecksComeInTheirOrderAndLeaveTheFileAlone) {
 
   EXPECT_TSX_ERROR(reg.SaveTSF(Path("missing/file.tsf"), 8, 0), 10010, "Error writing to file");
   EXPECT_TSX_ERROR(reg.SaveTSF(dir_, 8, 0), 10010, "Error writing to file");
-}
-
-TEST_F(SaveTsfTest, AReadOnlyFolderKeepsTheOldFile) {
-  NonlinearRegression reg;
-  DefineUserModel(reg);
-  reg.Fit(kX, kY);
-  WriteFile(Path("kept.tsf"), "old");
-  ScopedNoPermissionOverride as_a_user;
-  ASSERT_EQ(chmod(dir_.c_str(), 0555), 0);
-  if (faccessat(AT_FDCWD, dir_.c_str(), W_OK, AT_EACCESS) == 0) GTEST_SKIP() << "this process writes anywhere";
-  EXPECT_TSX_ERROR(reg.SaveTSF(Path("kept.tsf"), 8, 0), 10010, "Error writing to file");
-  EXPECT_TSX_ERROR(reg.SaveTSF(Path("new.tsf"), 8, 0), 10010, "Error writing to file");
-  EXPECT_EQ(ReadFile(Path("kept.tsf")), "old");
-  EXPECT_EQ(Entries(), std::set<std::string>{"kept.tsf"});
 }
 
 }  // namespace

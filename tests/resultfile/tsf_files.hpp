@@ -17,7 +17,6 @@
 #include <fstream>
 #include <iterator>
 #include <set>
-#include <sstream>
 #include <string>
 
 class TsfFileTest : public ::testing::Test {
@@ -50,32 +49,12 @@ class TsfFileTest : public ::testing::Test {
     return names;
   }
 
-  // The file at `path` must equal the golden file `name` byte for byte; on a
-  // difference the first differing line is shown.
+  // The file at `path` must equal the golden file `name` byte for byte.
   static void ExpectGolden(const std::string& path, const std::string& name) {
-    const std::string golden_path = std::string(TESSARIX_SOURCE_DIR) + "/tests/resultfile/golden/" + name;
-    const std::string actual = ReadFile(path);
+    const std::string golden = std::string(TESSARIX_SOURCE_DIR) + "/tests/resultfile/golden/" + name;
     const char* update = getenv("TESSARIX_UPDATE_GOLDEN");
-    if (update != nullptr && std::string(update) == "1") {
-      WriteFile(golden_path, actual);
-      return;
-    }
-    const std::string expected = ReadFile(golden_path);
-    ASSERT_FALSE(expected.empty()) << "missing golden file " << golden_path;
-    if (actual == expected) return;
-    std::istringstream a(actual), e(expected);
-    std::string la, le;
-    for (int line = 1;; ++line) {
-      const bool more_a = static_cast<bool>(std::getline(a, la));
-      const bool more_e = static_cast<bool>(std::getline(e, le));
-      if (!more_a && !more_e) break;
-      if (la != le || more_a != more_e) {
-        ADD_FAILURE() << path << " differs from " << name << " at line " << line << ":\n  written:  " << la
-                      << "\n  expected: " << le;
-        return;
-      }
-    }
-    ADD_FAILURE() << path << " differs from " << name << " in its line ends";
+    if (update != nullptr && std::string(update) == "1") WriteFile(golden, ReadFile(path));
+    EXPECT_EQ(ReadFile(path), ReadFile(golden)) << path << " differs from " << golden;
   }
 
   std::string dir_;
