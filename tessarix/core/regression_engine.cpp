@@ -73,8 +73,12 @@ void RegressionEngine::DefineText(const tessarix::ModelDefinition& definition, I
                                   const std::function<std::unique_ptr<PointModel>()>& make_kind) {
   RunDefinition(
       [&] {
-        const std::vector<std::string> names = model.text.Define(definition, locale, CurrentSeparators(),
-                                                                 model.definition_english, model.definition_local);
+        // The multi-variable class reads x1..xm; the number of variables
+        // comes from the text.
+        const std::int32_t mode = hooks_->SeveralVariables() ? 1 : 0;
+        const std::vector<std::string> names = model.text.Define(
+            definition, locale, CurrentSeparators(), model.definition_english, model.definition_local, mode);
+        variables = model.text.IndependentVariables();
         InstallModel(names, make_kind());
       },
       LibraryErrors::PassThrough);
@@ -258,7 +262,7 @@ bool RegressionEngine::EvaluateRows(std::int32_t first, std::int32_t count, cons
 std::string RegressionEngine::PointText(std::int32_t i) const { return hooks_->PointText(points.Row(i)); }
 
 void RegressionEngine::ComputeDataStatistics() {
-  hooks_->ComputeDataStatistics(points, core.y, points.Count(), core.data_statistics, core.variable_statistics);
+  core.data_statistics = hooks_->ComputeDataStatistics(points, core.y, points.Count());
 }
 
 bool RegressionEngine::ObtainLeastSquaresEstimates() {
