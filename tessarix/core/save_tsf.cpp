@@ -10,6 +10,7 @@
 #include "tessarix/core/nonlinear_regression.hpp"
 #include "tessarix/data/data_access.hpp"
 #include "tessarix/foundation/error_catalogue.hpp"
+#include "tessarix/language/data_statistics.hpp"
 #include "tessarix/language/model_definition.hpp"
 #include "tessarix/numerics/one_based.hpp"
 #include "tessarix/numerics/sort_values.hpp"
@@ -98,13 +99,22 @@ void AddSolution(const RegressionEngine& e, TsfDocument& d) {
   solution.num_observations = c.num_observations;
   solution.num_iterations = c.num_iterations;
 
-  const detail::DataStatistics& words = c.data_statistics;
-  solution.y_min = words.ymin;
-  solution.y_max = words.ymax;
-  solution.y_mean = words.ymean;
-  solution.y_std = words.ystd;
-  if (d.form == TsfForm::SingleVariable) {
+  // The data summary by the data words' own routine, from the columns the
+  // file holds. The run keeps the words of the first variables only; the
+  // file wants those of every variable.
+  const DataCollection& tables = c.ResultTables();
+  const std::shared_ptr<DataSeries> y = tables.Item(e.variables + 1);
+  for (std::int32_t k = 1; k <= e.variables; ++k) {
+    const detail::DataStatistics words = detail::ComputeDataStatistics(
+        detail::DataAccess::Values(*tables.Item(k)), detail::DataAccess::Values(*y), y->NumObservations());
     solution.variables.push_back(VariableSummary(words));
+    if (k > 1) continue;
+    solution.y_min = words.ymin;
+    solution.y_max = words.ymax;
+    solution.y_mean = words.ymean;
+    solution.y_std = words.ystd;
+  }
+  if (d.form == TsfForm::SingleVariable) {
     // The X column sorted by the library's own sort; the tables keep the
     // order of the input.
     const std::vector<double>& x = d.input_columns.at(0);
@@ -112,10 +122,6 @@ void AddSolution(const RegressionEngine& e, TsfDocument& d) {
     std::copy(x.begin(), x.end(), sorted.begin() + 1);
     detail::SortValues(sorted, static_cast<std::int32_t>(x.size()), 0);
     solution.sorted_x.assign(sorted.begin() + 1, sorted.end());
-  } else {
-    for (const detail::DataStatistics& variable : c.variable_statistics) {
-      solution.variables.push_back(VariableSummary(variable));
-    }
   }
   d.solution = std::move(solution);
 }
