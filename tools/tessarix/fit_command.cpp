@@ -111,14 +111,8 @@ int FitAndReport(Regression& regression, const FitOptions& options, const Loaded
     WriteFitPlot(options.plot_path, plot_data(heading.model_label));
     out << std::exchange(gap, "") << "Plot written to " << CleanText(options.plot_path) << '\n';
   }
-  if (!options.tsf_path.empty()) {
-    try {
-      regression.SaveTSF(options.tsf_path, options.tsf_major, options.tsf_minor);
-    } catch (const Error& e) {
-      throw ToolError("cannot write the result file '" + CleanText(options.tsf_path) + "': " + e.Description());
-    }
-    out << std::exchange(gap, "") << "Result file written to " << CleanText(options.tsf_path) << '\n';
-  }
+  if (!options.tsf.path.empty()) out << std::exchange(gap, "");
+  SaveResultFile(regression, options.tsf, out);
   return kExitOk;
 }
 

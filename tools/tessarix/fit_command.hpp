@@ -2,7 +2,6 @@
 // standard output and the optional log, table, plot and result files.
 #pragma once
 
-#include <cstdint>
 #include <ostream>
 #include <string>
 #include <tessarix/core/nonlinear_regression.hpp>
@@ -11,6 +10,7 @@
 
 #include "data_input.hpp"
 #include "model_setup.hpp"
+#include "result_file.hpp"
 
 namespace tessarix::tool {
 
@@ -20,11 +20,8 @@ struct FitOptions {
   std::string log_path;    // --log
   std::string table_path;  // --table
   std::string plot_path;   // --plot
-  std::string tsf_path;    // --tsf
-  // The Tessara version of the result file (--tsf-version).
-  std::int32_t tsf_major = 8;
-  std::int32_t tsf_minor = 0;
-  int plot_points = 500;  // points of the fitted curve in the plot
+  ResultFileOptions tsf;   // --tsf, --tsf-version
+  int plot_points = 500;   // points of the fitted curve in the plot
 };
 
 // The whole subcommand; returns the exit status, throws ToolError.

@@ -50,5 +50,15 @@ TEST(TsfOption, WritesTheResultFileOfTheFitInEitherVersion) {
   EXPECT_NE(help.out.find("TSF version 8.0"), std::string::npos) << help.out;
 }
 
+TEST(TsfOption, WritesTheResultFileOfTheSpline) {
+  const std::string data = ScratchPath("spline.csv");
+  test::WriteFile(data, "t,level\n3,1\n1,2\n0.5,1.5\n1,4.25\n2,0\n");
+  const std::string tsf = ScratchPath("spline.tsf");
+  const auto run = RunTool({"spline", data, "--tsf", tsf});
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_NE(run.out.find("\n\nResult file written to " + tsf + "\n"), std::string::npos) << run.out;
+  EXPECT_EQ(ReadFile(tsf), ReadFile(std::string(TESSARIX_SOURCE_DIR) + "/tests/resultfile/golden/spline.tsf"));
+}
+
 }  // namespace
 }  // namespace tessarix::tool
