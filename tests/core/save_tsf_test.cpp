@@ -38,15 +38,14 @@ void DefineUserModel(NonlinearRegression& reg) {
 void FitPredefinedWeighted(NonlinearRegression& reg) {
   reg.DefineInternalModel(16);
   DataCollection data;
-  const std::vector<std::pair<const char*, std::vector<double>>> columns = {
-      {"Dose", {0.5, 4, 1, 2, 8}}, {"Response", {9.1, 2.4, 5.2, 3.4, 1.9}}, {"Error", {0.2, 0.1, 0.1, 0.4, 0.1}}};
-  for (const auto& [name, values] : columns) {
-    auto series = data.AddSeries(name);
-    series->ImportFromArray(values);
+  const std::vector<std::vector<std::string>> columns = {{"Dose", "x"}, {"Response", "y"}, {"Error", "sd"}};
+  const std::vector<std::vector<double>> values = {
+      {0.5, 4, 1, 2, 8}, {9.1, 2.4, 5.2, 3.4, 1.9}, {0.2, 0.1, 0.1, 0.4, 0.1}};
+  for (std::size_t j = 0; j < 3; ++j) {
+    auto series = data.AddSeries(columns[j][0]);
+    series->ImportFromArray(values[j]);
+    series->SetRegressionKey(columns[j][1]);
   }
-  data.Item("Dose")->SetRegressionKey("x");
-  data.Item("Response")->SetRegressionKey("y");
-  data.Item("Error")->SetRegressionKey("sd");
   reg.FitCollection(data);
 }
 
