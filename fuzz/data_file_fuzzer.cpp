@@ -171,7 +171,7 @@ Result Import(const Options& o, const std::string& path, bool check_aligned) {
   if (o.member == 1) {
     for (const auto& name : o.names) replaced.push_back(Lower(name));
   }
-  if (o.member == 2 && o.alt_names.IsArray()) {
+  if (o.member == 2 && o.alt_names.Dimensions() == 1) {
     for (std::int32_t i = 0; i <= o.alt_names.UpperBound(1); ++i) {
       replaced.push_back(Lower(o.alt_names.At(i).ToString()));
     }

@@ -17,6 +17,8 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
+#include <cstdlib>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -112,7 +114,8 @@ void InstallHandlers(NonlinearRegression& reg, const HandlerPlan& plan, std::int
     };
   } else {
     auto unpack = [count](const Variant& p) {
-      TSX_FUZZ_CHECK(p.IsArray() && p.UpperBound(1) + 1 == count, "EvaluateExternalAlt got the wrong parameters");
+      TSX_FUZZ_CHECK(p.Dimensions() == 1 && p.UpperBound(1) + 1 == count,
+                     "EvaluateExternalAlt got the wrong parameters");
       std::vector<double> values;
       for (std::int32_t i = 0; i < count; ++i) values.push_back(p.At(i).ToDouble());
       return values;
@@ -124,6 +127,7 @@ void InstallHandlers(NonlinearRegression& reg, const HandlerPlan& plan, std::int
       if (plan.misbehaviour == kWrongKind && Triggered(plan, x)) p = Variant("text");
     };
     reg.Events.DerivativeExternalAlt = [=](Variant& p, double x, Variant& d, bool& success) {
+      TSX_FUZZ_CHECK(d.Dimensions() == 1 && d.UpperBound(1) + 1 == count, "DerivativeExternalAlt got the wrong array");
       double ignored = 0.0;
       if (misbehave(x, ignored, success)) return;
       (void)unpack(p);
@@ -336,7 +340,7 @@ void Queries(NonlinearRegression& reg, Bytes& in) {
   if (AttemptExpecting("PredictArrayAlt",
                        {ErrorCode::ModelEvaluationError, ErrorCode::ExpectedVariantArray, ErrorCode::GeneralError},
                        [&] { predicted = reg.PredictArrayAlt(alt); }) == 0 &&
-      predicted.IsArray()) {
+      predicted.Dimensions() == 1) {
     for (std::int32_t i = 0; i <= predicted.UpperBound(1); ++i) RequireFinite(predicted.At(i).ToDouble(), "Alt");
   }
   const double lo = in.Double(), hi = in.Double();
@@ -380,6 +384,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::vector<double> y = Numbers(in, ny, style, 3.0);
   const std::vector<double> sd = Numbers(in, nsd, style == 1 ? 2 : style, 0.5);
 
+  if (std::getenv("TESSARIX_FUZZ_VERBOSE") != nullptr) {
+    std::fprintf(stderr, "model kind %d valid %d form %u\n", static_cast<int>(model.kind), reg.IsValidModel(), form);
+    if (reg.IsValidModel() && model.kind != Model::kExternal) {
+      std::fprintf(stderr, "model %s\n", reg.ModelDefinition().Y().c_str());
+    }
+    for (const auto* v : {&x, &y, &sd}) {
+      for (double d : *v) std::fprintf(stderr, "%.17g ", d);
+      std::fprintf(stderr, "\n");
+    }
+  }
   const bool estimates_kept = model.kind != Model::kInternal || model.estimates_set;
   const std::vector<double> estimates = EstimatesOf(reg);
   std::int32_t error = 0;

@@ -97,6 +97,18 @@ void FillEventValues(Variant& out, const Vector1& values, std::int32_t count) {
   for (std::int32_t i = 0; i < count; ++i) out.At(i) = Variant(values[static_cast<std::size_t>(i) + 1]);
 }
 
+// The derivative array an event receives holds one element per parameter,
+// also after the host resized or replaced it in an earlier call.
+void SizeEventDerivatives(std::vector<double>& out, std::int32_t count) {
+  if (out.size() != static_cast<std::size_t>(count)) out.assign(static_cast<std::size_t>(count), 0.0);
+}
+
+void SizeEventDerivatives(Variant& out, std::int32_t count) {
+  if (!out.IsArray() || out.Dimensions() != 1 || out.UpperBound() != count - 1) {
+    out = Variant::Array(std::vector<Variant>(static_cast<std::size_t>(count), Variant(0.0)));
+  }
+}
+
 }  // namespace
 
 bool EvaluateExternalModel(NonlinearRegressionImpl& r, double x, double& y) {
@@ -126,12 +138,14 @@ bool ExternalModelDerivatives(NonlinearRegressionImpl& r, double x, double* dyda
   bool success = false;  // a handler must set it
   if (m.alternative_events) {
     FillEventValues(m.event_values_alt, r.core.parameter_values, count);
+    SizeEventDerivatives(m.event_derivatives_alt, count);
     if (r.events.DerivativeExternalAlt) {
       InvokeHostHandler(
           [&] { r.events.DerivativeExternalAlt(m.event_values_alt, x, m.event_derivatives_alt, success); });
     }
   } else {
     FillEventValues(m.event_values, r.core.parameter_values, count);
+    SizeEventDerivatives(m.event_derivatives, count);
     if (r.events.DerivativeExternal) {
       InvokeHostHandler([&] { r.events.DerivativeExternal(m.event_values, x, m.event_derivatives, success); });
     }
