@@ -19,6 +19,7 @@
 //     temporary copy is gone after a good read.
 #include <algorithm>
 #include <cctype>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -249,6 +250,32 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                            : options.path_kind == 1 ? PrivateDir()
                                                     : PrivateDir() + "/missing.txt";
   const Result first = Import(options, path, true);
+
+  // One column: the collection's import reads what the series's import reads
+  // (a date's serial number passes through its text there: 15 digits).
+  if (options.path_kind == 0 && !options.read_only && options.missing.IsEmpty() &&
+      bytes.find('\t') == std::string::npos) {
+    DataCollection by_series, by_columns;
+    const auto series = by_series.AddSeries("a");
+    const std::vector<std::string> names = {"a"};
+    const std::int32_t series_error =
+        Attempt("ImportFromFile", [&] { series->ImportFromFile(file, false, options.decimal, options.date); });
+    const std::int32_t columns_error = Attempt("ImportSeriesFromFile", [&] {
+      by_columns.ImportSeriesFromFile(file, names, tsxDelimiterTab, options.decimal, options.date);
+    });
+    EmptyFolder(PrivateDir() + "/tmp");
+    TSX_FUZZ_CHECK(series_error == columns_error, "the series and the collection disagree on a one-column file");
+    if (series_error == 0) {
+      const std::vector<double> a = series->ExportToArray();
+      const std::vector<double> b = by_columns.Item("a")->ExportToArray();
+      TSX_FUZZ_CHECK(a.size() == b.size(), "the series and the collection read different rows");
+      for (std::size_t i = 0; i < a.size(); ++i) {
+        TSX_FUZZ_CHECK(std::fabs(a[i] - b[i]) <= 1e-9 * std::max(1.0, std::fabs(a[i])),
+                       "the series and the collection read different values: " + std::to_string(a[i]) + " and " +
+                           std::to_string(b[i]));
+      }
+    }
+  }
 
   // The same lines with CR LF ends must read alike.
   if (options.path_kind == 0 && bytes.find('\r') == std::string::npos && bytes.find('\n') != std::string::npos) {

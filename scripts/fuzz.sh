@@ -12,9 +12,10 @@
 #   TESSARIX_FUZZ_TARGETS  the targets to run, blank-separated (default: all)
 #   TESSARIX_FUZZ_NICE     niceness of the fuzzing runs (default 10)
 #
-# The checked-in seeds (fuzz/corpus/<target>) and past findings
-# (fuzz/regressions/<target>) are read, never written: new inputs go to the
-# work folder <build>/fuzz-work, which each run starts afresh.
+# The checked-in seeds (fuzz/corpus/<target>), past findings
+# (fuzz/regressions/<target>) and the catalogue's model texts are read, never
+# written: new inputs go to the work folder <build>/fuzz-work, which each run
+# starts afresh.
 set -euo pipefail
 
 seconds=${1:-60}
@@ -27,13 +28,15 @@ jobs=$(nproc 2>/dev/null || echo 2)
 echo "== fuzz build (clang) in $build"
 cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_COMPILER=clang++ \
   -DTESSARIX_BUILD_FUZZERS=ON -DTESSARIX_BUILD_TESTS=OFF -DTESSARIX_WARNINGS_AS_ERRORS=ON >/dev/null
-build_targets=()
+build_targets=(tessarix_fuzz_write_model_seeds)
 for target in $targets; do build_targets+=("tessarix_fuzz_$target"); done
 cmake --build "$build" -j "$jobs" --target "${build_targets[@]}"
 
 work=$build/fuzz-work
 rm -rf "$work"
 mkdir -p "$work/findings" "$work/tmp"
+# The catalogue's model texts join the seeds of model_text.
+"$build/fuzz/tessarix_fuzz_write_model_seeds" "$work/seeds/model_text" >/dev/null
 
 # Per target: the largest input worth trying and the dictionary, if any.
 max_len() {
@@ -52,6 +55,7 @@ for target in $targets; do
   mkdir -p "$corpus"
   inputs=("$corpus" "$root/fuzz/corpus/$target")
   [ -d "$root/fuzz/regressions/$target" ] && inputs+=("$root/fuzz/regressions/$target")
+  [ -d "$work/seeds/$target" ] && inputs+=("$work/seeds/$target")
   options=(-max_total_time="$seconds" -timeout=25 -rss_limit_mb=2560 -max_len="$(max_len "$target")"
     -print_final_stats=1 -artifact_prefix="$work/findings/$target-")
   [ -f "$root/fuzz/dictionaries/$target.dict" ] && options+=(-dict="$root/fuzz/dictionaries/$target.dict")
