@@ -44,38 +44,50 @@ void BuildNormalEquations(RegressionCore& core, RunModel& model, std::int32_t n,
   chisq = 0.0;
   for (std::int32_t l = 1; l <= parameter_count; ++l) core.parameter_values[static_cast<std::size_t>(l)] = values[l];
 
-  double* const dyda = core.marquardt.derivatives.data();
   const std::int32_t* const fit = ia.data();
-  for (std::int32_t i = 1; i <= n; ++i) {
-    const auto ui = static_cast<std::size_t>(i);
-    double y_model = 0.0;
-    if (!model.EvaluateAt(i, y_model)) {
-      core.last_error = "Error evaluating the function at X = " + model.PointText(i) + std::string(kLineEnd);
-      failed = true;
-      return;
+  MarquardtState& state = core.marquardt;
+  const std::int32_t block = model.BlockRows();
+  const std::int32_t stride = state.block_stride;
+  for (std::int32_t first = 1; first <= n; first += block) {
+    const std::int32_t count = block < n - first + 1 ? block : n - first + 1;
+    RowFailure failure;
+    const bool evaluated = model.EvaluateRows(first, count, fit, state.block_values.data(),
+                                              state.block_derivatives.data(), stride, failure);
+    const std::int32_t complete = evaluated ? count : failure.row - first;
+    for (std::int32_t r = 0; r < complete; ++r) {
+      const auto ui = static_cast<std::size_t>(first + r);
+      const double y_model = state.block_values[static_cast<std::size_t>(r)];
+      const double* const dyda = state.block_derivatives.data() + static_cast<std::ptrdiff_t>(r) * stride;
+      const double dy = Checked(core.y[ui] - y_model);
+      core.predicted[ui] = y_model;
+      core.residuals[ui] = dy;
+      const double w = core.weights[ui];
+      std::int32_t j = 0;
+      for (std::int32_t l = 1; l <= parameter_count; ++l) {
+        if (fit[l] == 0) continue;
+        ++j;
+        const double wt = Checked(dyda[l] * w);
+        std::int32_t k = 0;
+        for (std::int32_t m = 1; m <= l; ++m) {
+          if (fit[m] == 0) continue;
+          ++k;
+          matrix(j, k) = Checked(matrix(j, k) + Checked(wt * dyda[m]));
+        }
+        gradient[static_cast<std::size_t>(j)] = Checked(gradient[static_cast<std::size_t>(j)] + Checked(dy * wt));
+      }
+      chisq = Checked(chisq + Checked(Checked(dy * dy) * w));
     }
-    if (!model.DerivativesAt(i, fit, dyda)) {
-      core.last_error = "Error taking parameter derivatives at X = " + model.PointText(i) + std::string(kLineEnd);
+    if (!evaluated) {
+      if (!failure.in_derivatives) {
+        core.last_error =
+            "Error evaluating the function at X = " + model.PointText(failure.row) + std::string(kLineEnd);
+        failed = true;
+        return;
+      }
+      core.last_error =
+          "Error taking parameter derivatives at X = " + model.PointText(failure.row) + std::string(kLineEnd);
       RaiseInternalFailure();
     }
-    const double dy = Checked(core.y[ui] - y_model);
-    core.predicted[ui] = y_model;
-    core.residuals[ui] = dy;
-    const double w = core.weights[ui];
-    std::int32_t j = 0;
-    for (std::int32_t l = 1; l <= parameter_count; ++l) {
-      if (fit[l] == 0) continue;
-      ++j;
-      const double wt = Checked(dyda[l] * w);
-      std::int32_t k = 0;
-      for (std::int32_t m = 1; m <= l; ++m) {
-        if (fit[m] == 0) continue;
-        ++k;
-        matrix(j, k) = Checked(matrix(j, k) + Checked(wt * dyda[m]));
-      }
-      gradient[static_cast<std::size_t>(j)] = Checked(gradient[static_cast<std::size_t>(j)] + Checked(dy * wt));
-    }
-    chisq = Checked(chisq + Checked(Checked(dy * dy) * w));
   }
   for (std::int32_t j = 2; j <= fitted; ++j) {
     for (std::int32_t k = 1; k < j; ++k) matrix(k, j) = matrix(j, k);

@@ -1,183 +1,149 @@
-// NonlinearRegression: creation, guards, settings, the plain members and the
-// getters of the solved statistics.
+// NonlinearRegression: what the single-variable class adds to the shared
+// engine: its points (one x each), its events, its external models and its
+// fit forms.
 #include "tessarix/core/nonlinear_regression.hpp"
 
-#include <cmath>
-
-#include "tessarix/core/internal/nonlinear_regression_impl.hpp"
-#include "tessarix/core/internal/parameter_access.hpp"
+#include "tessarix/core/internal/model_kinds.hpp"
+#include "tessarix/core/internal/observation_sources.hpp"
+#include "tessarix/core/internal/regression_engine.hpp"
 #include "tessarix/foundation/error_catalogue.hpp"
 #include "tessarix/foundation/fault.hpp"
+#include "tessarix/language/data_statistics.hpp"
 #include "tessarix/platform/number_text.hpp"
+#include "tessarix/platform/rounding.hpp"
 
 namespace tessarix {
 
-using detail::RaiseLibraryError;
+namespace detail {
+namespace {
 
-NonlinearRegression::NonlinearRegression() : impl_(std::make_unique<detail::NonlinearRegressionImpl>(Events)) {}
+class SingleVariableHooks final : public RegressionHooks {
+ public:
+  explicit SingleVariableHooks(NonlinearRegressionEvents& events) : events_(events) {}
+  std::string_view ClassName() const override { return "NonlinearRegression"; }
+  void IterationComplete(std::int32_t iteration, double sse, bool& abort) override {
+    if (events_.IterationComplete) InvokeHostHandler([&] { events_.IterationComplete(iteration, sse, abort); });
+  }
+  void ComputeDataStatistics(const PointTable& points, const Vector1& y, std::int32_t n, DataStatistics& words,
+                             std::vector<DataStatistics>& /*variable_words*/) override {
+    words = detail::ComputeDataStatistics(points.Values().data(), y.data(), n);
+  }
+  std::string PointText(std::span<const double> point) const override { return NumberText(point[0]); }
+  const InternalModelEntry* FindPredefinedModel(std::int32_t model_id) const override {
+    return FindInternalModel(model_id);
+  }
+  bool SeveralVariables() const override { return false; }
+
+ private:
+  NonlinearRegressionEvents& events_;
+};
+
+// How this class hands a point to its host's events: the one x.
+struct SingleVariableCalls {
+  static void Evaluate(NonlinearRegressionEvents& e, std::span<const double> point, double& result, bool& success,
+                       ExternalBuffers& b) {
+    if (e.EvaluateExternal) InvokeHostHandler([&] { e.EvaluateExternal(b.values, point[0], result, success); });
+  }
+  static void EvaluateAlt(NonlinearRegressionEvents& e, std::span<const double> point, double& result, bool& success,
+                          ExternalBuffers& b) {
+    if (e.EvaluateExternalAlt) {
+      InvokeHostHandler([&] { e.EvaluateExternalAlt(b.values_alt, point[0], result, success); });
+    }
+  }
+  static void Derivatives(NonlinearRegressionEvents& e, std::span<const double> point, bool& success,
+                          ExternalBuffers& b) {
+    if (e.DerivativeExternal) {
+      InvokeHostHandler([&] { e.DerivativeExternal(b.values, point[0], b.derivatives, success); });
+    }
+  }
+  static void DerivativesAlt(NonlinearRegressionEvents& e, std::span<const double> point, bool& success,
+                             ExternalBuffers& b) {
+    if (e.DerivativeExternalAlt) {
+      InvokeHostHandler([&] { e.DerivativeExternalAlt(b.values_alt, point[0], b.derivatives_alt, success); });
+    }
+  }
+};
+
+// The definition after its guards; `name_at(i)` reads name i of `count`.
+template <class NameAt>
+void DefineExternal(RegressionEngine& e, NonlinearRegressionEvents& events, std::int32_t count, NameAt&& name_at,
+                    bool external_derivatives, bool alternative_events) {
+  e.model.type = tsxModelExternal;
+  // A count past the 16-bit counter fails before any name is read.
+  static_cast<void>(ToCounter16(count));
+  std::vector<std::string> names;
+  names.reserve(static_cast<std::size_t>(count));
+  for (std::int32_t i = 0; i < count; ++i) names.push_back(name_at(i));
+  e.InstallModel(names, std::make_unique<ExternalKind<NonlinearRegressionEvents, SingleVariableCalls>>(
+                            events, count, external_derivatives, alternative_events, &e.core.last_error));
+}
+
+}  // namespace
+}  // namespace detail
+
+NonlinearRegression::NonlinearRegression()
+    : RegressionObject(
+          std::make_unique<detail::RegressionEngine>(std::make_unique<detail::SingleVariableHooks>(Events))) {}
 
 NonlinearRegression::~NonlinearRegression() = default;
 
-// ---- model ----------------------------------------------------------------------
+// ---- external models -------------------------------------------------------------
 
-tessarix::ModelDefinition NonlinearRegression::ModelDefinition() const {
-  impl_->GuardDefined();
-  if (impl_->model.type == tsxModelExternal) RaiseLibraryError(ErrorCode::NotValidForExternalModels);
-  return impl_->model.definition_english;
+void NonlinearRegression::DefineExternalModel(std::span<const std::string> Parameters, bool ExternalDerivatives) {
+  engine_->BeginDefinition();
+  engine_->RunDefinition(
+      [&] {
+        // The count is the array's upper bound + 1: an empty list has none.
+        if (Parameters.empty()) detail::RaiseFault(detail::FaultKind::SubscriptOutOfRange);
+        const auto count = static_cast<std::int32_t>(Parameters.size());
+        detail::DefineExternal(
+            *engine_, Events, count, [&](std::int32_t i) { return Parameters[static_cast<std::size_t>(i)]; },
+            ExternalDerivatives, false);
+      },
+      detail::LibraryErrors::Wrap);
 }
 
-tessarix::ModelDefinition NonlinearRegression::ModelDefinitionLocal() const {
-  impl_->GuardDefined();
-  if (impl_->model.type == tsxModelExternal) RaiseLibraryError(ErrorCode::NotValidForExternalModels);
-  return impl_->model.definition_local;
+void NonlinearRegression::DefineExternalModelAlt(const Variant& Parameters, bool ExternalDerivatives) {
+  engine_->GuardLocked();
+  if (!Parameters.IsArray()) detail::RaiseLibraryError(ErrorCode::ExpectedVariantArray);
+  engine_->BeginDefinition();
+  engine_->RunDefinition(
+      [&] {
+        const std::int32_t count = Parameters.UpperBound() + 1;
+        detail::DefineExternal(
+            *engine_, Events, count, [&](std::int32_t i) { return Parameters.At(i).ToString(); }, ExternalDerivatives,
+            true);
+      },
+      detail::LibraryErrors::Wrap);
 }
 
-ModelTypeEnum NonlinearRegression::ModelType() const {
-  impl_->GuardDefined();
-  return impl_->model.type;
+// ---- fit forms ---------------------------------------------------------------------
+
+void NonlinearRegression::Fit(std::span<const double> XObservations, std::span<const double> YObservations) {
+  detail::ArraySource source(XObservations, YObservations);
+  engine_->Fit(source);
 }
 
-bool NonlinearRegression::IsValidModel() const { return impl_->core.valid; }
-
-std::int32_t NonlinearRegression::NumIndependentVariables() const {
-  impl_->GuardDefined();
-  return 1;
+void NonlinearRegression::FitWeighted(std::span<const double> XObservations, std::span<const double> YObservations,
+                                      std::span<const double> StandardDeviations) {
+  detail::ArraySource source(XObservations, YObservations, StandardDeviations);
+  engine_->Fit(source);
 }
 
-std::shared_ptr<tessarix::RegressionParameters> NonlinearRegression::RegressionParameters() const {
-  impl_->core.Parameters();
-  return impl_->core.parameters;
+void NonlinearRegression::FitAlt(const Variant& XObservations, const Variant& YObservations) {
+  detail::VariantSource source(XObservations, YObservations);
+  engine_->Fit(source);
 }
 
-// ---- run state --------------------------------------------------------------------
-
-void NonlinearRegression::ClearFit() {
-  impl_->GuardLocked();
-  detail::ClearCoreFit(impl_->core);
+void NonlinearRegression::FitWeightedAlt(const Variant& XObservations, const Variant& YObservations,
+                                         const Variant& StandardDeviations) {
+  detail::VariantSource source(XObservations, YObservations, &StandardDeviations);
+  engine_->Fit(source);
 }
 
-bool NonlinearRegression::IsSolved() const { return impl_->core.solved; }
-
-std::string NonlinearRegression::LastSolveError() const {
-  const std::string& text = impl_->core.last_error;
-  if (text.empty()) return "No errors";
-  // Returned as stored, a trailing line end included.
-  return text;
+void NonlinearRegression::FitCollection(const DataCollection& ObservedData) {
+  detail::CollectionSource source(ObservedData);
+  engine_->Fit(source);
 }
-
-std::shared_ptr<DataCollection> NonlinearRegression::ResultTables() const {
-  impl_->core.ResultTables();
-  return impl_->core.result_tables;
-}
-
-std::string NonlinearRegression::SolutionLog() const { return impl_->core.solution_log; }
-
-void NonlinearRegression::SaveLog(const std::string& FilePath, bool Append) {
-  if (!detail::WriteLogFile(impl_->core.solution_log, FilePath, Append)) RaiseLibraryError(ErrorCode::FileWriteError);
-}
-
-std::string NonlinearRegression::Tag() const { return impl_->core.tag; }
-void NonlinearRegression::SetTag(const std::string& value) { impl_->core.tag = value; }
-
-// ---- solver settings ----------------------------------------------------------------
-
-std::int32_t NonlinearRegression::MaxIterations() const { return impl_->core.max_iterations; }
-
-void NonlinearRegression::SetMaxIterations(std::int32_t value) {
-  impl_->GuardLocked();
-  if (value < 1) RaiseLibraryError(ErrorCode::InvalidPropertyValue);
-  impl_->core.max_iterations = value;
-}
-
-std::int32_t NonlinearRegression::MaxUnchangedIterations() const { return impl_->core.max_unchanged_iterations; }
-
-void NonlinearRegression::SetMaxUnchangedIterations(std::int32_t value) {
-  impl_->GuardLocked();
-  if (value < 1) RaiseLibraryError(ErrorCode::InvalidPropertyValue);
-  impl_->core.max_unchanged_iterations = value;
-}
-
-double NonlinearRegression::RegressionTolerance() const { return impl_->core.regression_tolerance; }
-
-void NonlinearRegression::SetRegressionTolerance(double value) {
-  impl_->GuardLocked();
-  // A NaN or an infinity is no tolerance either.
-  if (!(value > 0.0) || !std::isfinite(value)) RaiseLibraryError(ErrorCode::InvalidPropertyValue);
-  impl_->core.regression_tolerance = value;
-}
-
-// ---- statistics of the solved model -----------------------------------------------------
-
-#define TSX_SOLVED_GETTER(Type, Name, expression) \
-  Type NonlinearRegression::Name() const {        \
-    impl_->GuardDefined();                        \
-    impl_->GuardSolved();                         \
-    return expression;                            \
-  }
-
-TSX_SOLVED_GETTER(std::int32_t, NumIterations, impl_->core.num_iterations)
-TSX_SOLVED_GETTER(std::int32_t, NumUnchangedIterations, impl_->core.num_unchanged_iterations)
-TSX_SOLVED_GETTER(std::int32_t, NumObservations, impl_->core.num_observations)
-TSX_SOLVED_GETTER(bool, IsWeighted, impl_->core.is_weighted)
-TSX_SOLVED_GETTER(double, ResidualSum, impl_->core.statistics.residual_sum)
-TSX_SOLVED_GETTER(double, ResidualAverage, impl_->core.statistics.residual_average)
-TSX_SOLVED_GETTER(double, SSE, impl_->core.statistics.sse)
-TSX_SOLVED_GETTER(double, SSENorm, impl_->core.statistics.sse_norm)
-TSX_SOLVED_GETTER(double, SST, impl_->core.statistics.sst)
-TSX_SOLVED_GETTER(double, SSR, impl_->core.statistics.sst - impl_->core.statistics.sse)
-TSX_SOLVED_GETTER(double, R2, impl_->core.statistics.r2)
-TSX_SOLVED_GETTER(double, R2Adjust, impl_->core.statistics.r2_adjust)
-TSX_SOLVED_GETTER(double, StandardError, impl_->core.statistics.standard_error)
-TSX_SOLVED_GETTER(double, DurbinWatson, impl_->core.statistics.durbin_watson)
-TSX_SOLVED_GETTER(double, ProbF, impl_->core.statistics.prob_f)
-TSX_SOLVED_GETTER(std::int32_t, DOFRegression, impl_->core.statistics.dof_regression)
-TSX_SOLVED_GETTER(std::int32_t, DOFError, impl_->core.statistics.dof_error)
-TSX_SOLVED_GETTER(std::int32_t, DOFTotal, impl_->core.statistics.dof_total)
-
-#undef TSX_SOLVED_GETTER
 
 }  // namespace tessarix
-
-// ---- the object's own operations ------------------------------------------------------
-
-namespace tessarix::detail {
-
-void NonlinearRegressionImpl::GuardDefined() const {
-  if (!core.valid) RaiseLibraryError(ErrorCode::ModelNotDefined);
-}
-
-void NonlinearRegressionImpl::GuardSolved() const {
-  if (!core.solved) RaiseLibraryError(ErrorCode::ModelNotSolved);
-}
-
-void NonlinearRegressionImpl::GuardLocked() const {
-  if (core.locked) RaiseLibraryError(ErrorCode::LockedDuringSolution);
-}
-
-void NonlinearRegressionImpl::BeginDefinition() {
-  GuardLocked();
-  ResetCoreModel(core);
-  x.clear();
-  model.definition_failed = false;
-  model.external_derivatives = false;
-  model.alternative_events = false;
-  model.definition_english = tessarix::ModelDefinition();
-  model.definition_local = tessarix::ModelDefinition();
-}
-
-std::string NonlinearRegressionImpl::PointText(std::int32_t i) const {
-  return NumberText(x[static_cast<std::size_t>(i)]);
-}
-
-void NonlinearRegressionImpl::ComputeDataStatistics() {
-  core.data_statistics =
-      detail::ComputeDataStatistics(x.data(), core.y.data(), static_cast<std::int32_t>(x.size()) - 1);
-}
-
-bool NonlinearRegressionImpl::ObtainLeastSquaresEstimates() { return ObtainInternalEstimates(*this); }
-
-void NonlinearRegressionImpl::IterationComplete(std::int32_t iteration, double sse, bool& abort) {
-  if (events.IterationComplete) InvokeHostHandler([&] { events.IterationComplete(iteration, sse, abort); });
-}
-
-}  // namespace tessarix::detail

@@ -8,12 +8,11 @@
 // log. A fit whose solution fails does not raise: IsSolved() stays false and
 // LastSolveError() and the log tell why.
 //
-// Errors are tessarix::Error. The guards named on the members are:
-//   10023 the model is not defined (or its definition failed),
-//   10029 the model is not solved,
-//   10033 the object is locked: a fit is running and the call comes from an
-//         event handler,
-//   10034 the member is not valid for an external model.
+// The members shared with MultipleNonlinearRegression (definition by text or
+// catalogue number, settings, statistics, parameters, result tables, log,
+// Tag) are documented in core/regression_object.hpp; this header documents
+// what is this class's own. Errors are tessarix::Error with the guards listed
+// there.
 #pragma once
 
 #include <cstdint>
@@ -23,7 +22,7 @@
 #include <vector>
 
 #include "tessarix/core/events.hpp"
-#include "tessarix/core/regression_parameters.hpp"
+#include "tessarix/core/regression_object.hpp"
 #include "tessarix/data/data_collection.hpp"
 #include "tessarix/foundation/enums.hpp"
 #include "tessarix/foundation/error.hpp"
@@ -33,11 +32,7 @@
 
 namespace tessarix {
 
-namespace detail {
-struct NonlinearRegressionImpl;
-}
-
-class TESSARIX_API NonlinearRegression {
+class TESSARIX_API NonlinearRegression : public RegressionObject {
  public:
   // A new object: no model, MaxIterations 250, MaxUnchangedIterations 10,
   // RegressionTolerance 1E-10, empty log, LastSolveError "No errors".
@@ -52,21 +47,9 @@ class TESSARIX_API NonlinearRegression {
   NonlinearRegressionEvents Events;
 
   // ---- model definition ----------------------------------------------------
-  // Every definition first raises 10033 when locked, then forgets the previous
-  // model (parameters, result tables, solved state); the solver settings,
-  // Tag, the log and LastSolveError stay. A failed definition leaves no model.
+  // DefineUserModel, DefineUserModelSub and DefineInternalModel (IDs 1 to
+  // 298) are those of RegressionObject.
 
-  // A model in the model language, e.g. "a*exp(-b*x)+c"; its parameters
-  // (estimate 1.0, fitted) are the names of the text in sorted order.
-  // Locale tsxLocaleLocal reads the text with the user's decimal and list
-  // separators. Raises 10015 to 10021 for a text that is no valid model.
-  void DefineUserModel(const std::string& Definition, InputLocaleEnum Locale = tsxLocaleEnglish,
-                       const std::string& Description = "");
-  // A model with sub-definitions F1 to F9 that Y and each other may refer to.
-  void DefineUserModelSub(const tessarix::ModelDefinition& Definition, InputLocaleEnum Locale = tsxLocaleEnglish);
-  // Pre-defined model 1 to 298 of the catalogue; 10022 for another ID (the
-  // previous model is gone all the same).
-  void DefineInternalModel(std::int32_t ModelID);
   // An external model with the given parameter names, in this order. The
   // model's values come from Events.EvaluateExternal; its derivatives from
   // Events.DerivativeExternal when ExternalDerivatives is true, otherwise
@@ -76,21 +59,6 @@ class TESSARIX_API NonlinearRegression {
   // The same with the names in a Variant array (10042 when it holds none);
   // the model then raises the Alt events instead.
   void DefineExternalModelAlt(const Variant& Parameters, bool ExternalDerivatives = false);
-
-  // Copies of the definition in English and in the user's local form;
-  // changing a copy changes nothing here. Raise 10023, then 10034.
-  tessarix::ModelDefinition ModelDefinition() const;
-  tessarix::ModelDefinition ModelDefinitionLocal() const;
-
-  // tsxModelUser, tsxModelInternal or tsxModelExternal. Raises 10023.
-  ModelTypeEnum ModelType() const;
-  bool IsValidModel() const;
-  // Always 1. Raises 10023.
-  std::int32_t NumIndependentVariables() const;
-
-  // The parameters of the model, in model order; empty before a definition.
-  // The same collection object for the life of this object.
-  std::shared_ptr<tessarix::RegressionParameters> RegressionParameters() const;
 
   // ---- fitting ---------------------------------------------------------------
   // Each form raises (storing the message as LastSolveError first) 10023 with
@@ -116,68 +84,9 @@ class TESSARIX_API NonlinearRegression {
   // series of different lengths.
   void FitCollection(const DataCollection& ObservedData);
 
-  // Forgets the solution (result tables, log, solved state); the model and
-  // the parameters' estimates stay. Raises 10033.
-  void ClearFit();
-
-  bool IsSolved() const;
-  // Why the last fit failed: "No errors" when nothing is stored. The text is
-  // returned as stored, including a trailing line end where the failure
-  // text carries one ("Error evaluating the function at X = 3\r\n").
-  std::string LastSolveError() const;
-
-  // The columns of the last solved fit: X (key "X"), Y (key "Y"), Standard
-  // Deviation (key "SD", weighted fits only), Predicted Y, Residuals
-  // (FitCollection uses the names of its series). Read-only for the host;
-  // refilled in place by every fit, empty after a failed one.
-  std::shared_ptr<DataCollection> ResultTables() const;
-
-  // ---- solver settings -------------------------------------------------------
-  // Each setter raises 10033 when locked and 10027 for a value out of range
-  // (below 1; for the tolerance at or below 0), keeping the old value.
-  std::int32_t MaxIterations() const;
-  void SetMaxIterations(std::int32_t value);
-  std::int32_t MaxUnchangedIterations() const;
-  void SetMaxUnchangedIterations(std::int32_t value);
-  // The run converges when the merit function falls by less than this
-  // percentage in one iteration.
-  double RegressionTolerance() const;
-  void SetRegressionTolerance(double value);
-
-  // ---- results of the solved fit: each raises 10023, then 10029 ---------------
-  // Iterations of the run, counting the last one (one more than
-  // MaxIterations when the limit was reached).
-  std::int32_t NumIterations() const;
-  // Iterations without a change of the merit function at the end of the run.
-  std::int32_t NumUnchangedIterations() const;
-  std::int32_t NumObservations() const;
-  bool IsWeighted() const;
-  // Sum of the residuals y - f(x), and their mean.
-  double ResidualSum() const;
-  double ResidualAverage() const;
-  // Unweighted sum of squared residuals.
-  double SSE() const;
-  // Weighted sum of squared residuals (equal to SSE in an unweighted fit).
-  double SSENorm() const;
-  // Weighted total sum of squares about the weighted mean of y.
-  double SST() const;
-  // SST() - SSE(), computed on request (in a weighted fit this mixes the
-  // weighted total with the unweighted residual sum).
-  double SSR() const;
-  // 1 - SSENorm / SST, and its adjusted form; negative values are reported as 0.
-  double R2() const;
-  double R2Adjust() const;
-  // sqrt(SSENorm / DOFError).
-  double StandardError() const;
-  // Unweighted Durbin-Watson statistic of the residuals; 0 when SSE is 0.
-  double DurbinWatson() const;
-  // Probability of the F statistic of the regression; 0 for a perfect fit.
-  double ProbF() const;
-  // Fitted parameters - 1 (at least 1), observations - fitted parameters (at
-  // least 1), and their sum.
-  std::int32_t DOFRegression() const;
-  std::int32_t DOFError() const;
-  std::int32_t DOFTotal() const;
+  // The columns of a solved fit in ResultTables(): X (key "X"), Y (key "Y"),
+  // Standard Deviation (key "SD", weighted fits only), Predicted Y,
+  // Residuals (FitCollection uses the names of its series).
 
   // ---- post-fit queries: each raises 10023, then 10029 --------------------------
   // The model at XValue with the fitted parameters; 10030 when it cannot be
@@ -205,20 +114,6 @@ class TESSARIX_API NonlinearRegression {
   // negated value) by Romberg integration to a relative 1e-6. Raises 10040
   // when the model fails anywhere on the interval, its bounds included.
   double CalculateIntegral(double XLowerBound, double XUpperBound);
-
-  // ---- log -------------------------------------------------------------------
-  // The log of the last run, lines ended by "\r\n".
-  std::string SolutionLog() const;
-  // Writes the log and one more line end to FilePath, replacing the file or
-  // appending to it. Raises 10010 when the file cannot be written.
-  void SaveLog(const std::string& FilePath, bool Append = false);
-
-  // The caller's own text, kept as it is.
-  std::string Tag() const;
-  void SetTag(const std::string& value);
-
- private:
-  std::unique_ptr<detail::NonlinearRegressionImpl> impl_;
 };
 
 }  // namespace tessarix

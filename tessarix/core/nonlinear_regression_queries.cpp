@@ -1,10 +1,10 @@
 // The questions a solved model answers: values, derivative by x, roots and
-// integral of the fitted curve. All of them run on EvaluateModel, so they
+// integral of the fitted curve. All of them run on the model at a point, so they
 // work alike for every kind of model; none of them changes the object.
 #include <cmath>
 #include <vector>
 
-#include "tessarix/core/internal/nonlinear_regression_impl.hpp"
+#include "tessarix/core/internal/regression_engine.hpp"
 #include "tessarix/core/nonlinear_regression.hpp"
 #include "tessarix/foundation/error_catalogue.hpp"
 #include "tessarix/foundation/error_handler.hpp"
@@ -18,21 +18,18 @@ using detail::RaiseLibraryError;
 
 namespace {
 
-using Impl = detail::NonlinearRegressionImpl;
+using Impl = detail::RegressionEngine;
 
-void GuardQuery(const Impl& r) {
-  r.GuardDefined();
-  r.GuardSolved();
-}
+void GuardQuery(const Impl& r) { r.GuardQuery(); }
 
 // The fitted curve as the numerical routines take it.
 auto Curve(Impl& r) {
-  return [&r](double x, double& y) { return r.EvaluateModel(x, y); };
+  return [&r](double x, double& y) { return r.ValueAt(std::span<const double>(&x, 1), y); };
 }
 
 double ValueAt(Impl& r, double x) {
   double y = 0.0;
-  if (!r.EvaluateModel(x, y)) RaiseLibraryError(ErrorCode::ModelEvaluationError);
+  if (!r.ValueAt(std::span<const double>(&x, 1), y)) RaiseLibraryError(ErrorCode::ModelEvaluationError);
   return y;
 }
 
@@ -46,30 +43,30 @@ std::vector<double> Roots(Impl& r, double y, double lower, double upper, std::in
 }  // namespace
 
 double NonlinearRegression::PredictValue(double XValue) {
-  GuardQuery(*impl_);
-  return ValueAt(*impl_, XValue);
+  GuardQuery(*engine_);
+  return ValueAt(*engine_, XValue);
 }
 
 std::vector<double> NonlinearRegression::PredictArray(std::span<const double> XValues) {
-  GuardQuery(*impl_);
+  GuardQuery(*engine_);
   return detail::RunUnderHandler(
       [&] {
         std::vector<double> result(XValues.size());
-        for (std::size_t i = 0; i < XValues.size(); ++i) result[i] = ValueAt(*impl_, XValues[i]);
+        for (std::size_t i = 0; i < XValues.size(); ++i) result[i] = ValueAt(*engine_, XValues[i]);
         return result;
       },
       [](const std::string&) {}, detail::LibraryErrors::PassThrough);
 }
 
 Variant NonlinearRegression::PredictArrayAlt(const Variant& XValues) {
-  GuardQuery(*impl_);
+  GuardQuery(*engine_);
   if (!XValues.IsArray()) RaiseLibraryError(ErrorCode::ExpectedVariantArray);
   return detail::RunUnderHandler(
       [&] {
         const std::int32_t count = XValues.Dimensions() == 0 ? 0 : XValues.UpperBound() + 1;
         std::vector<Variant> result(static_cast<std::size_t>(count));
         for (std::int32_t i = 0; i < count; ++i) {
-          result[static_cast<std::size_t>(i)] = Variant(ValueAt(*impl_, XValues.At(i).ToDouble()));
+          result[static_cast<std::size_t>(i)] = Variant(ValueAt(*engine_, XValues.At(i).ToDouble()));
         }
         return Variant::Array(std::move(result));
       },
@@ -77,20 +74,20 @@ Variant NonlinearRegression::PredictArrayAlt(const Variant& XValues) {
 }
 
 double NonlinearRegression::CalculateDerivative(double XValue) {
-  GuardQuery(*impl_);
+  GuardQuery(*engine_);
   double derivative = 0.0;
-  if (!detail::RidderDerivative(Curve(*impl_), XValue, derivative)) RaiseLibraryError(ErrorCode::DerivativeError);
+  if (!detail::RidderDerivative(Curve(*engine_), XValue, derivative)) RaiseLibraryError(ErrorCode::DerivativeError);
   return derivative;
 }
 
 std::vector<double> NonlinearRegression::CalculateRoots(double YValue, double XLowerBound, double XUpperBound,
                                                         std::int32_t NumIntervals) {
-  return Roots(*impl_, YValue, XLowerBound, XUpperBound, NumIntervals);
+  return Roots(*engine_, YValue, XLowerBound, XUpperBound, NumIntervals);
 }
 
 Variant NonlinearRegression::CalculateRootsAlt(double YValue, double XLowerBound, double XUpperBound,
                                                std::int32_t NumIntervals) {
-  const std::vector<double> roots = Roots(*impl_, YValue, XLowerBound, XUpperBound, NumIntervals);
+  const std::vector<double> roots = Roots(*engine_, YValue, XLowerBound, XUpperBound, NumIntervals);
   if (roots.empty()) return Variant();
   std::vector<Variant> elements;
   elements.reserve(roots.size());
@@ -99,9 +96,9 @@ Variant NonlinearRegression::CalculateRootsAlt(double YValue, double XLowerBound
 }
 
 double NonlinearRegression::CalculateIntegral(double XLowerBound, double XUpperBound) {
-  GuardQuery(*impl_);
+  GuardQuery(*engine_);
   try {
-    return detail::RombergIntegrate(Curve(*impl_), XLowerBound, XUpperBound);
+    return detail::RombergIntegrate(Curve(*engine_), XLowerBound, XUpperBound);
   } catch (...) {
     // Whatever its origin: a point where the model fails, a fault of the
     // arithmetic, an exception of a host's handler.

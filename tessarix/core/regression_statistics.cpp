@@ -16,10 +16,20 @@ bool CalculateStatistics(RegressionCore& core, RunModel& model, std::int32_t n, 
     Num dw_numerator = 0.0;
     Num weighted_y_sum = 0.0;
     Num previous_e = 0.0;
+    MarquardtState& state = core.marquardt;
+    const std::int32_t block = model.BlockRows();
+    std::int32_t block_first = 1;
+    std::int32_t block_end = 0;
     for (std::int32_t i = 1; i <= n; ++i) {
       const auto ui = static_cast<std::size_t>(i);
-      double f = 0.0;
-      if (!model.EvaluateAt(i, f)) return false;
+      if (i > block_end) {
+        const std::int32_t count = block < n - i + 1 ? block : n - i + 1;
+        RowFailure failure;
+        if (!model.EvaluateRows(i, count, nullptr, state.block_values.data(), nullptr, 0, failure)) return false;
+        block_first = i;
+        block_end = i + count - 1;
+      }
+      const double f = state.block_values[static_cast<std::size_t>(i - block_first)];
       const Num e = Num(core.y[ui]) - f;
       const Num w = core.weights[ui];
       residual_sum += e;

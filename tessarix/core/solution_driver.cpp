@@ -95,7 +95,10 @@ void SolveModel(RegressionCore& core, RunModel& model, std::int32_t n) {
     ia.assign(static_cast<std::size_t>(count) + 1, 0);
     covar.Resize(count, count);
     alpha.Resize(count, count);
-    core.marquardt.derivatives = MakeVector1(count);
+    const auto block = static_cast<std::size_t>(model.BlockRows());
+    core.marquardt.block_stride = count + 1;
+    core.marquardt.block_values.assign(block, 0.0);
+    core.marquardt.block_derivatives.assign(block * (static_cast<std::size_t>(count) + 1), 0.0);
 
     core.AppendLine("Obtaining initial estimates");
     model.ComputeDataStatistics();

@@ -41,14 +41,15 @@ double DataStatistics::Lookup(DataWord word) const {
 }
 
 namespace {
-// Mean and sample standard deviation (divisor n - 1) of v[1..n].
-void MeanAndStd(const double* v, std::int32_t n, double& mean, double& std_dev) {
+// Mean and sample standard deviation (divisor n - 1) of v[stride * i] for
+// i = 1..n.
+void MeanAndStd(const double* v, std::ptrdiff_t stride, std::int32_t n, double& mean, double& std_dev) {
   Num sum = 0.0;
-  for (std::int32_t i = 1; i <= n; ++i) sum += v[i];
+  for (std::int32_t i = 1; i <= n; ++i) sum += v[stride * i];
   const Num m = sum / static_cast<double>(n);
   Num ss = 0.0;
   for (std::int32_t i = 1; i <= n; ++i) {
-    const Num d = Num(v[i]) - m;
+    const Num d = Num(v[stride * i]) - m;
     ss += d * d;
   }
   mean = m.value();
@@ -57,26 +58,31 @@ void MeanAndStd(const double* v, std::int32_t n, double& mean, double& std_dev) 
 }  // namespace
 
 DataStatistics ComputeDataStatistics(const double* x, const double* y, std::int32_t n) {
+  return ComputeDataStatistics(x, 1, y, n);
+}
+
+DataStatistics ComputeDataStatistics(const double* x, std::ptrdiff_t x_stride, const double* y, std::int32_t n) {
   DataStatistics s;
   if (n < 1) return s;
   std::int32_t ixmin = 1, ixmax = 1, iymin = 1, iymax = 1;
+  const auto X = [&](std::int32_t i) { return x[x_stride * i]; };
   for (std::int32_t i = 2; i <= n; ++i) {
     // Strict comparisons: the first observation wins a tie.
-    if (x[i] < x[ixmin]) ixmin = i;
-    if (x[i] > x[ixmax]) ixmax = i;
+    if (X(i) < X(ixmin)) ixmin = i;
+    if (X(i) > X(ixmax)) ixmax = i;
     if (y[i] < y[iymin]) iymin = i;
     if (y[i] > y[iymax]) iymax = i;
   }
-  s.xmin = x[ixmin];
-  s.xmax = x[ixmax];
+  s.xmin = X(ixmin);
+  s.xmax = X(ixmax);
   s.ymin = y[iymin];
   s.ymax = y[iymax];
-  s.xatymin = x[iymin];
-  s.xatymax = x[iymax];
+  s.xatymin = X(iymin);
+  s.xatymax = X(iymax);
   s.yatxmin = y[ixmin];
   s.yatxmax = y[ixmax];
-  MeanAndStd(x, n, s.xmean, s.xstd);
-  MeanAndStd(y, n, s.ymean, s.ystd);
+  MeanAndStd(x, x_stride, n, s.xmean, s.xstd);
+  MeanAndStd(y, 1, n, s.ymean, s.ystd);
   return s;
 }
 

@@ -3,6 +3,7 @@
 // model language ("xmin" ... "yrange").
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 namespace tessarix::detail {
@@ -42,5 +43,9 @@ struct DataStatistics {
 // divide by zero and fault; callers compute the statistics only after the
 // count test of the run.
 DataStatistics ComputeDataStatistics(const double* x, const double* y, std::int32_t n);
+// The same with observation i of x at x[x_stride * i]: one variable of a
+// table of points. A run with several variables has one DataStatistics per
+// variable, all with the same y values.
+DataStatistics ComputeDataStatistics(const double* x, std::ptrdiff_t x_stride, const double* y, std::int32_t n);
 
 }  // namespace tessarix::detail

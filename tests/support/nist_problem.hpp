@@ -19,6 +19,7 @@ struct NistProblem {
   std::vector<double> certified_sd;
   double certified_rss = 0.0;
   std::vector<double> x, y;
+  std::vector<double> x2;  // the second predictor, where the problem has one (Nelson)
 };
 
 // Empty x and y when the file cannot be read.
@@ -34,11 +35,12 @@ inline NistProblem ReadNistProblem(const std::string& name) {
     std::string first;
     s >> first;
     if (in_data) {
-      double yv = 0, xv = 0;
+      double yv = 0, xv = 0, x2v = 0;
       std::istringstream d(line);
       if (d >> yv >> xv) {
         p.y.push_back(yv);
         p.x.push_back(xv);
+        if (d >> x2v) p.x2.push_back(x2v);
       }
     } else if (first.size() >= 2 && first[0] == 'b' && std::isdigit(static_cast<unsigned char>(first[1]))) {
       std::string eq;

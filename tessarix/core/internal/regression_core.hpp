@@ -10,7 +10,9 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
+#include "tessarix/core/internal/point_model.hpp"
 #include "tessarix/foundation/enums.hpp"
 #include "tessarix/language/data_statistics.hpp"
 #include "tessarix/numerics/one_based.hpp"
@@ -51,20 +53,29 @@ struct MarquardtState {
   Vector1 atry = MakeVector1(kMaxFittedParameters);
   Vector1 beta = MakeVector1(kMaxFittedParameters);
   Vector1 da = MakeVector1(kMaxFittedParameters);
-  // The derivatives at one observation, 1..parameter count; sized per run.
-  Vector1 derivatives;
+  // One block of the pass over the data: the model values and the
+  // derivatives (a row of parameter count + 1 per observation, one-based);
+  // sized per run.
+  std::vector<double> block_values;
+  std::vector<double> block_derivatives;
+  std::int32_t block_stride = 0;
 };
 
 // The run's view of a regression class's model.
 class RunModel {
  public:
   virtual ~RunModel() = default;
-  // The model at observation i (1..n) of the run with the current parameter
-  // values; false when it cannot be evaluated there.
-  [[nodiscard]] virtual bool EvaluateAt(std::int32_t i, double& value) = 0;
-  // The derivatives by every parameter l with ia[l] != 0 into dyda[l]
-  // (one-based) at observation i; false when they cannot be had.
-  [[nodiscard]] virtual bool DerivativesAt(std::int32_t i, const std::int32_t* ia, double* dyda) = 0;
+  // How many observations EvaluateRows takes at once.
+  virtual std::int32_t BlockRows() const = 0;
+  // The model at observations first..first+count-1 (1..n) of the run with the
+  // current parameter values into values[0..count-1] and, when `ia` is not
+  // null, the derivatives by every parameter l with ia[l] != 0 into
+  // derivatives[r * stride + l]. False at the first observation where the
+  // value or the derivatives cannot be had (`failure` says which); the rows
+  // before it are complete.
+  [[nodiscard]] virtual bool EvaluateRows(std::int32_t first, std::int32_t count, const std::int32_t* ia,
+                                          double* values, double* derivatives, std::int32_t stride,
+                                          RowFailure& failure) = 0;
   // The point of observation i as the failure texts show it.
   virtual std::string PointText(std::int32_t i) const = 0;
   // The data words of the run, computed before anything evaluates the model.
@@ -89,6 +100,10 @@ struct RegressionCore {
   std::int32_t max_iterations = 250;
   std::int32_t max_unchanged_iterations = 10;
   double regression_tolerance = 1e-10;  // a percentage
+  // Extensions: threads of a pass over the data (results do not depend on
+  // them), and whether the host's per-point events may run on several.
+  std::int32_t threads = 1;
+  bool thread_safe_events = false;
 
   // Model and run state.
   bool valid = false;
@@ -109,6 +124,9 @@ struct RegressionCore {
   RegressionStatistics statistics;
   MarquardtState marquardt;
   DataStatistics data_statistics;
+  // With several variables: the data words of variable k at element k - 1
+  // (its x values with the run's y values).
+  std::vector<DataStatistics> variable_statistics;
 
   // Created on first need, so that const getters can hand them out.
   mutable std::shared_ptr<tessarix::RegressionParameters> parameters;

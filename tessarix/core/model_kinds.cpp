@@ -1,0 +1,93 @@
+// The kinds of model that the language and the catalogue supply, and the
+// parts of the external kind that do not depend on the class.
+#include "tessarix/core/internal/model_kinds.hpp"
+
+#include "tessarix/models/least_squares_estimates.hpp"
+#include "tessarix/models/predefined_formulas.hpp"
+
+namespace tessarix::detail {
+
+namespace {
+
+class TextKind final : public PointModel {
+ public:
+  TextKind(TextModel& text, const DataStatistics& words) : text_(text), words_(words) {}
+  bool RawValue(std::span<const double> point, const double* parameters, double& y) override {
+    return text_.Evaluate(parameters, point[0], words_, y);
+  }
+
+ private:
+  TextModel& text_;
+  const DataStatistics& words_;
+};
+
+class PredefinedKind final : public PointModel {
+ public:
+  PredefinedKind(std::int32_t code, std::int32_t terms) : code_(code), terms_(terms) {}
+  bool RawValue(std::span<const double> point, const double* parameters, double& y) override {
+    return EvaluatePredefined(code_, parameters, point[0], y);
+  }
+  // Analytic for every parameter: the flags of the fixed parameters are not
+  // looked at, a fixed parameter's derivative is simply not used.
+  bool Derivatives(std::span<const double> point, double* parameters, const std::int32_t* /*ia*/,
+                   std::int32_t /*count*/, double* dyda) override {
+    return PredefinedDerivatives(code_, parameters, point[0], dyda);
+  }
+  std::unique_ptr<PointModel> ThreadCopy() const override { return std::make_unique<PredefinedKind>(code_, terms_); }
+  bool HasLeastSquaresEstimates() const override { return true; }
+  bool ObtainLeastSquaresEstimates(const PointTable& points, const Vector1& y, const Vector1& weights, std::int32_t n,
+                                   std::vector<double>& estimates) override {
+    return detail::ObtainLeastSquaresEstimates(code_, terms_, points.Values().data(), y.data(), weights.data(), n,
+                                               estimates);
+  }
+
+ private:
+  std::int32_t code_;
+  std::int32_t terms_;
+};
+
+}  // namespace
+
+std::unique_ptr<PointModel> MakeTextKind(TextModel& text, const DataStatistics& words) {
+  return std::make_unique<TextKind>(text, words);
+}
+
+std::unique_ptr<PointModel> MakePredefinedKind(std::int32_t evaluation_code, std::int32_t estimate_term_count) {
+  return std::make_unique<PredefinedKind>(evaluation_code, estimate_term_count);
+}
+
+void FillEventValues(std::vector<double>& out, const double* values, std::int32_t count) {
+  out.assign(values + 1, values + 1 + count);
+}
+
+void FillEventValues(Variant& out, const double* values, std::int32_t count) {
+  if (!out.IsArray() || out.Dimensions() != 1 || out.UpperBound() != count - 1) {
+    out = Variant::Array(std::vector<Variant>(static_cast<std::size_t>(count)));
+  }
+  for (std::int32_t i = 0; i < count; ++i) out.At(i) = Variant(values[i + 1]);
+}
+
+void SizeEventDerivatives(std::vector<double>& out, std::int32_t count) {
+  if (out.size() != static_cast<std::size_t>(count)) out.assign(static_cast<std::size_t>(count), 0.0);
+}
+
+void SizeEventDerivatives(Variant& out, std::int32_t count) {
+  if (!out.IsArray() || out.Dimensions() != 1 || out.UpperBound() != count - 1) {
+    out = Variant::Array(std::vector<Variant>(static_cast<std::size_t>(count), Variant(0.0)));
+  }
+}
+
+void ReadEventDerivatives(const ExternalBuffers& buffers, bool alternative, std::int32_t count, double* dyda) {
+  for (std::int32_t i = 0; i < count; ++i) {
+    double d = 0.0;
+    if (alternative) {
+      d = buffers.derivatives_alt.At(i).ToDouble();
+    } else {
+      if (static_cast<std::size_t>(i) >= buffers.derivatives.size()) RaiseFault(FaultKind::SubscriptOutOfRange);
+      d = buffers.derivatives[static_cast<std::size_t>(i)];
+    }
+    dyda[i + 1] = Checked(d);
+  }
+}
+
+}  // namespace tessarix::detail

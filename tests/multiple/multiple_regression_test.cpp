@@ -1,0 +1,217 @@
+// MultipleNonlinearRegression through its public surface: what differs from
+// the single-variable class (shapes, keys, messages, queries along one
+// variable), and fits that must come out exact or certified.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "support/nist_problem.hpp"
+#include "support/test_helpers.hpp"
+#include "tessarix/multiple/multiple_nonlinear_regression.hpp"
+
+namespace tessarix {
+namespace {
+
+// An external plane y = a + b*x1 + c*x2 (+ d*x3 ...), with exact derivatives.
+void DefineLinear(MultipleNonlinearRegression& r, std::int32_t m) {
+  std::vector<std::string> names;
+  for (std::int32_t k = 0; k <= m; ++k) names.push_back(std::string(1, static_cast<char>('a' + k)));
+  r.Events.EvaluateExternal = [](std::vector<double>& p, std::vector<double>& x, double& y, bool& ok) {
+    y = p[0];
+    for (std::size_t k = 0; k < x.size(); ++k) y += p[k + 1] * x[k];
+    ok = true;
+  };
+  r.Events.DerivativeExternal = [](std::vector<double>&, std::vector<double>& x, std::vector<double>& d, bool& ok) {
+    d[0] = 1.0;
+    for (std::size_t k = 0; k < x.size(); ++k) d[k + 1] = x[k];
+    ok = true;
+  };
+  r.DefineExternalModel(m, names, true);
+}
+
+// n points of m variables on a deterministic, well spread grid.
+Matrix Points(std::int32_t n, std::int32_t m, std::int32_t extra_columns = 0) {
+  Matrix x(n, m + extra_columns);
+  for (std::int32_t i = 0; i < n; ++i) {
+    for (std::int32_t k = 0; k < m + extra_columns; ++k) x(i, k) = std::sin((1.3 + 0.37 * k) * i + k) * (k + 2.0);
+  }
+  return x;
+}
+
+std::vector<double> PlaneValues(const Matrix& x, const std::vector<double>& p) {
+  std::vector<double> y(static_cast<std::size_t>(x.Rows()));
+  for (std::int32_t i = 0; i < x.Rows(); ++i) {
+    double v = p[0];
+    for (std::size_t k = 1; k < p.size(); ++k) v += p[k] * x(i, static_cast<std::int32_t>(k) - 1);
+    y[static_cast<std::size_t>(i)] = v;
+  }
+  return y;
+}
+
+TEST(MultipleRegression, ShapesAndKeysRaiseInTheirOrder) {
+  MultipleNonlinearRegression r;
+  EXPECT_TSX_ERROR(r.DefineExternalModel(0, std::vector<std::string>{"a"}), 10028, "Invalid argument");
+  DefineLinear(r, 2);
+  EXPECT_EQ(r.NumIndependentVariables(), 2);
+  const std::vector<double> y3 = {1, 2, 3};
+  // No second dimension, then too few columns, then no rows, then unequal counts.
+  EXPECT_TSX_ERROR(r.Fit(Matrix(), y3), 10014, "Invalid array dimensions");
+  EXPECT_EQ(r.LastSolveError(), "Invalid array dimensions");
+  EXPECT_TSX_CODE(r.Fit(Matrix(3, 1), y3), 10014);
+  EXPECT_TSX_ERROR(r.Fit(Matrix(0, 2), y3), 10006, "Array does not contain any observations");
+  EXPECT_TSX_CODE(r.Fit(Matrix(4, 2), y3), 10013);
+  EXPECT_TSX_CODE(r.FitWeighted(Matrix(3, 2), y3, std::vector<double>{1, 1}), 10013);
+  // A one-dimensional Variant has no second dimension; a scalar is no array.
+  const Variant row = Variant::Array({Variant(1.0), Variant(2.0), Variant(3.0)});
+  EXPECT_TSX_CODE(r.FitAlt(row, row), 10014);
+  EXPECT_TSX_CODE(r.FitAlt(Variant(1.0), row), 10042);
+  EXPECT_EQ(r.LastSolveError(), "42");
+
+  DataCollection data;
+  data.AddSeries("first")->SetRegressionKey("x1");
+  data.AddSeries("response")->SetRegressionKey("y");
+  EXPECT_TSX_ERROR(r.FitCollection(data), 10025, "Missing independent data series X2");
+  EXPECT_EQ(r.LastSolveError(), "Missing independent data series X2");
+  EXPECT_FALSE(r.IsSolved());
+}
+
+TEST(MultipleRegression, ExtraColumnsAreIgnoredAndTablesNameTheVariables) {
+  MultipleNonlinearRegression r;
+  DefineLinear(r, 2);
+  const Matrix x = Points(12, 2, 2);
+  const std::vector<double> y = PlaneValues(x, {1.5, -2.0, 0.25});
+  r.Fit(x, y);
+  ASSERT_TRUE(r.IsSolved()) << r.SolutionLog();
+  EXPECT_NE(r.SolutionLog().find("(MultipleNonlinearRegression object)"), std::string::npos);
+  EXPECT_NEAR(r.RegressionParameters()->Item(1)->Value(), 1.5, 1e-12);
+  EXPECT_NEAR(r.RegressionParameters()->Item(3)->Value(), 0.25, 1e-12);
+  const auto tables = r.ResultTables();
+  ASSERT_EQ(tables->Count(), 5);
+  const std::vector<std::string> names = {"X1", "X2", "Y", "Predicted Y", "Residuals"};
+  for (std::int32_t c = 0; c < 5; ++c) EXPECT_EQ(tables->Item(c + 1)->Name(), names[static_cast<std::size_t>(c)]);
+  EXPECT_EQ(tables->Item(2)->RegressionKey(), "X2");
+  EXPECT_DOUBLE_EQ(tables->Item(2)->GetObservation(5), x(5, 1));
+}
+
+TEST(MultipleRegression, WeightedStatisticsAgreeWithTheData) {
+  MultipleNonlinearRegression r;
+  DefineLinear(r, 3);
+  const Matrix x = Points(40, 3);
+  std::vector<double> y = PlaneValues(x, {0.5, 1.0, -1.0, 2.0});
+  std::vector<double> sd(y.size());
+  for (std::size_t i = 0; i < y.size(); ++i) {
+    y[i] += 0.1 * std::cos(3.1 * static_cast<double>(i));
+    sd[i] = 0.5 + 0.05 * static_cast<double>(i % 7);
+  }
+  r.FitWeighted(x, y, sd);
+  ASSERT_TRUE(r.IsSolved());
+  ASSERT_TRUE(r.IsWeighted());
+  // The weights are 1/sd^2 scaled to average 1; recompute everything from them.
+  double wsum = 0;
+  for (double s : sd) wsum += 1.0 / (s * s);
+  double sse = 0, sse_norm = 0, wy = 0;
+  for (std::size_t i = 0; i < y.size(); ++i) {
+    double f = r.RegressionParameters()->Item(1)->Value();
+    for (std::int32_t k = 0; k < 3; ++k)
+      f += r.RegressionParameters()->Item(k + 2)->Value() * x(static_cast<int>(i), k);
+    const double w = (1.0 / (sd[i] * sd[i])) * static_cast<double>(y.size()) / wsum;
+    sse += (y[i] - f) * (y[i] - f);
+    sse_norm += w * (y[i] - f) * (y[i] - f);
+    wy += w * y[i];
+  }
+  double sst = 0;
+  for (std::size_t i = 0; i < y.size(); ++i) {
+    const double w = (1.0 / (sd[i] * sd[i])) * static_cast<double>(y.size()) / wsum;
+    const double d = y[i] - wy / static_cast<double>(y.size());
+    sst += w * d * d;
+  }
+  EXPECT_NEAR(r.SSE(), sse, 1e-10 * sse);
+  EXPECT_NEAR(r.SSENorm(), sse_norm, 1e-10 * sse_norm);
+  EXPECT_NEAR(r.SST(), sst, 1e-10 * sst);
+  EXPECT_NEAR(r.R2(), 1.0 - sse_norm / sst, 1e-12);
+  EXPECT_NEAR(r.StandardError(), std::sqrt(sse_norm / 36.0), 1e-12);
+  EXPECT_EQ(r.DOFError(), 36);
+  EXPECT_EQ(r.ResultTables()->Item(5)->Name(), "Standard Deviation");
+}
+
+TEST(MultipleRegression, NoiseFreeSurfacesComeBackExactly) {
+  for (const std::int32_t m : {2, 5}) {
+    MultipleNonlinearRegression r;
+    DefineLinear(r, m);
+    std::vector<double> p(static_cast<std::size_t>(m) + 1);
+    for (std::size_t k = 0; k < p.size(); ++k) p[k] = 0.75 * static_cast<double>(k) - 1.25;
+    const Matrix x = Points(30, m);
+    r.Fit(x, PlaneValues(x, p));
+    ASSERT_TRUE(r.IsSolved()) << m;
+    for (std::size_t k = 0; k < p.size(); ++k) {
+      EXPECT_NEAR(r.RegressionParameters()->Item(static_cast<std::int32_t>(k) + 1)->Value(), p[k], 1e-12) << m;
+    }
+    EXPECT_LT(r.SSE(), 1e-20);
+  }
+}
+
+TEST(MultipleRegression, QueriesRunAlongOneVariable) {
+  MultipleNonlinearRegression r;
+  EXPECT_TSX_CODE(r.PredictValue(std::vector<double>{1, 2}), 10023);
+  DefineLinear(r, 2);
+  EXPECT_TSX_CODE(r.PredictValue(std::vector<double>{1, 2}), 10029);
+  const Matrix x = Points(10, 2);
+  r.Fit(x, PlaneValues(x, {1.0, 2.0, -3.0}));
+  ASSERT_TRUE(r.IsSolved());
+  const std::vector<double> point = {0.5, 2.0};
+  EXPECT_NEAR(r.PredictValue(point), 1.0 + 1.0 - 6.0, 1e-10);
+  EXPECT_NEAR(r.CalculateDerivative(point, 0), 2.0, 1e-8);
+  EXPECT_NEAR(r.CalculateDerivative(point, 1), -3.0, 1e-8);
+  EXPECT_TSX_ERROR(r.CalculateDerivative(point, 2), 10028, "Invalid argument");
+  EXPECT_TSX_CODE(r.CalculateDerivative(std::vector<double>{}, 0), 10028);
+  // y = 1 + 2*0.5 - 3*x2 = -1 at x2 = 1, along x2 with x1 held at 0.5.
+  const std::vector<double> roots = r.CalculateRoots(-1.0, point, 1, -5.0, 5.0);
+  ASSERT_EQ(roots.size(), 1U);
+  EXPECT_NEAR(roots[0], 1.0, 1e-9);
+  EXPECT_TRUE(r.CalculateRoots(100.0, point, 0, -1.0, 1.0).empty());
+  EXPECT_TRUE(r.CalculateRootsAlt(100.0, Variant::Array({Variant(0.5), Variant(2.0)}), 0, -1.0, 1.0).IsEmpty());
+  EXPECT_TSX_ERROR(r.CalculateRoots(0.0, point, 2, -1.0, 1.0), 10001, "General Error: Subscript out of range");
+  EXPECT_TSX_CODE(r.CalculateRoots(0.0, point, 0, -1.0, 1.0, 2), 10028);
+  const std::vector<double> values = r.PredictArray(Points(3, 2));
+  ASSERT_EQ(values.size(), 3U);
+  EXPECT_NEAR(values[2], PlaneValues(Points(3, 2), {1.0, 2.0, -3.0})[2], 1e-10);
+  EXPECT_TSX_CODE(r.PredictValueAlt(Variant(1.0)), 10042);
+}
+
+// log(y) = b1 - b2*x1*exp(-b3*x2), as an external model with numerical
+// derivatives, from both certified starts.
+TEST(MultipleRegression, NistNelsonReachesTheCertifiedValues) {
+  const test::NistProblem p = test::ReadNistProblem("Nelson");
+  ASSERT_EQ(p.x2.size(), 128U);
+  Matrix x(128, 2);
+  std::vector<double> logy(128);
+  for (std::size_t i = 0; i < 128; ++i) {
+    x(static_cast<std::int32_t>(i), 0) = p.x[i];
+    x(static_cast<std::int32_t>(i), 1) = p.x2[i];
+    logy[i] = std::log(p.y[i]);
+  }
+  for (std::size_t start = 0; start < 2; ++start) {
+    MultipleNonlinearRegression r;
+    r.Events.EvaluateExternal = [](std::vector<double>& b, std::vector<double>& v, double& y, bool& ok) {
+      y = b[0] - b[1] * v[0] * std::exp(-b[2] * v[1]);
+      ok = std::isfinite(y);
+    };
+    r.DefineExternalModel(2, std::vector<std::string>{"b1", "b2", "b3"});
+    for (std::int32_t j = 0; j < 3; ++j) r.RegressionParameters()->Item(j + 1)->SetInitialEstimate(p.starts[start][j]);
+    r.SetMaxIterations(1000);
+    r.Fit(x, logy);
+    ASSERT_TRUE(r.IsSolved()) << r.SolutionLog();
+    for (std::size_t j = 0; j < 3; ++j) {
+      const auto& q = r.RegressionParameters()->Item(static_cast<std::int32_t>(j) + 1);
+      EXPECT_GE(test::LogRelativeError(q->Value(), p.certified[j]), 6.0) << "start " << start + 1 << " b" << j + 1;
+      EXPECT_GE(test::LogRelativeError(q->StandardError(), p.certified_sd[j]), 4.0) << "start " << start + 1;
+    }
+    EXPECT_GE(test::LogRelativeError(r.SSE(), p.certified_rss), 6.0);
+  }
+}
+
+}  // namespace
+}  // namespace tessarix
