@@ -17,7 +17,9 @@
 //   - a fit of a tiny data set either solves, with finite statistics and a
 //     result table holding the caller's observations, or fails normally and
 //     leaves the estimates alone;
-//   - a second definition on the same object (the program grows) stays safe.
+//   - a second definition on the same object (the program grows) stays safe;
+//   - the class of several variables (x1, x2, ...) defines, fits and answers
+//     its queries under the same promises.
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
@@ -26,6 +28,7 @@
 #include <vector>
 
 #include "fuzz_support.hpp"
+#include "tessarix/core/multiple_nonlinear_regression.hpp"
 #include "tessarix/core/nonlinear_regression.hpp"
 #include "tessarix/language/text_model.hpp"
 #include "tessarix/numerics/extrapolated_derivative.hpp"
@@ -80,7 +83,7 @@ ModelDefinition MakeDefinition(const std::vector<std::string>& lines, bool local
   return def;
 }
 
-void Define(NonlinearRegression& reg, const std::vector<std::string>& lines, InputLocaleEnum locale, bool local_text) {
+void Define(RegressionObject& reg, const std::vector<std::string>& lines, InputLocaleEnum locale, bool local_text) {
   if (lines.size() == 1) {
     reg.DefineUserModel(local_text ? ToLocalText(lines[0]) : lines[0], locale, "fuzz");
   } else {
@@ -249,6 +252,53 @@ void FitAndQuery(NonlinearRegression& reg, std::size_t text_size) {
   Query(reg, text_size);
 }
 
+// The class of several variables: the same text with x1 .. xm.
+void SeveralVariables(const std::vector<std::string>& lines, std::size_t text_size) {
+  SetSystemSeparators(EnglishSeparators());
+  MultipleNonlinearRegression reg;
+  if (AttemptExpecting("Multiple DefineUserModel", kDefinitionErrors,
+                       [&] { Define(reg, lines, tsxLocaleEnglish, false); }) != 0) {
+    return;
+  }
+  const std::int32_t m = reg.NumIndependentVariables();
+  TSX_FUZZ_CHECK(m >= 1 && m <= 50, "NumIndependentVariables out of range");
+  reg.SetMaxIterations(12);
+  reg.SetMaxUnchangedIterations(3);
+  constexpr std::int32_t kRows = 12;
+  Matrix x(kRows, m);
+  std::vector<double> y(kRows);
+  for (std::int32_t i = 0; i < kRows; ++i) {
+    for (std::int32_t j = 0; j < m; ++j) x(i, j) = 0.5 + 0.25 * i + 0.125 * ((i * 7 + j * 3) % 5);
+    y[static_cast<std::size_t>(i)] = 1.0 + 0.8 * i + 0.1 * (i % 3);
+  }
+  const std::int32_t error = Attempt("Multiple Fit", [&] { reg.Fit(x, y); });
+  TSX_FUZZ_CHECK(error == 0, "Fit raised on a defined model and good arrays: " + reg.LastSolveError());
+  if (!reg.IsSolved()) {
+    TSX_FUZZ_CHECK(reg.ResultTables()->Count() == 0, "a failed fit left a result table");
+    return;
+  }
+  for (double v : {reg.R2(), reg.SSE(), reg.StandardError(), reg.ProbF(), reg.DurbinWatson()}) {
+    RequireFinite(v, "several variables: statistic");
+  }
+  for (const auto& p : *reg.RegressionParameters()) RequireFinite(p->Value(), "several variables: parameter");
+  for (const auto& column : *reg.ResultTables()) RequireAllFinite(column->ExportToArray(), "several variables: table");
+  const std::vector<double> point(static_cast<std::size_t>(m), 1.25);
+  double v = 0.0;
+  if (AttemptExpecting("Multiple PredictValue", {ErrorCode::ModelEvaluationError},
+                       [&] { v = reg.PredictValue(point); }) == 0) {
+    RequireFinite(v, "several variables: PredictValue");
+  }
+  if (AttemptExpecting("Multiple CalculateDerivative", {ErrorCode::DerivativeError},
+                       [&] { v = reg.CalculateDerivative(point, m - 1); }) == 0) {
+    RequireFinite(v, "several variables: CalculateDerivative");
+  }
+  if (text_size <= kMaxIntegralText) {
+    std::vector<double> roots;
+    AttemptExpecting("Multiple CalculateRoots", {}, [&] { roots = reg.CalculateRoots(4.0, point, 0, 0.5, 4.0, 20); });
+    RequireAllFinite(roots, "several variables: CalculateRoots");
+  }
+}
+
 }  // namespace
 }  // namespace tessarix::fuzz
 
@@ -306,5 +356,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (Attempt("DefineUserModel after a larger model", [&] { Define(grown, lines, tsxLocaleEnglish, false); }) == 0) {
     FitAndQuery(grown, size);
   }
+  SeveralVariables(lines, size);
   return 0;
 }
