@@ -5,7 +5,8 @@
 // a form (Fit, FitWeighted, FitAlt, FitWeightedAlt, FitCollection) and
 // arrays, Variants or series of any shape and content: NaN, infinities,
 // huge and subnormal values, empty and mismatched lengths, strings, nested
-// arrays. Every input first gets a good fit, so that there are results a
+// arrays; the natural cubic spline takes the same points through its own
+// forms. Every input first gets a good fit, so that there are results a
 // failed fit could spoil. Promises checked:
 //   - a form raises only its own catalogue errors, and then is not solved;
 //   - the caller's arrays, Variants and series are never changed;
@@ -14,6 +15,7 @@
 //   - a failed fit says why, has an empty table and leaves the estimates as
 //     the caller set them;
 //   - post-fit queries give finite values or their own errors.
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -28,6 +30,7 @@
 #include "tessarix/core/nonlinear_regression.hpp"
 #include "tessarix/data/data_collection.hpp"
 #include "tessarix/data/data_series.hpp"
+#include "tessarix/spline/cubic_spline.hpp"
 
 namespace tessarix::fuzz {
 namespace {
@@ -359,6 +362,80 @@ void Queries(NonlinearRegression& reg, Bytes& in) {
   }
 }
 
+// The natural cubic spline: the same points through Fit, FitAlt or
+// FitCollection, then its cubics and queries inside the knots.
+void FitSpline(std::uint32_t form, const std::vector<double>& x, const std::vector<double>& y, const Variant& vx,
+               const Variant& vy, const DataCollection& collection, Bytes& in) {
+  CubicSpline spline;
+  std::int32_t error = 0;
+  if (form <= 1) {
+    const std::vector<double> cx = x, cy = y;
+    error =
+        AttemptExpecting("CubicSpline::Fit",
+                         {ErrorCode::NoObservationsInArray, ErrorCode::UnequalArrayDimensions, ErrorCode::GeneralError},
+                         [&] { spline.Fit(cx, cy); });
+    TSX_FUZZ_CHECK(SameBits(cx, x) && SameBits(cy, y), "the spline changed the caller's arrays");
+  } else if (form <= 3) {
+    const Variant cx = vx, cy = vy;
+    error = AttemptExpecting("CubicSpline::FitAlt",
+                             {ErrorCode::ExpectedVariantArray, ErrorCode::NoObservationsInArray,
+                              ErrorCode::UnequalArrayDimensions, ErrorCode::GeneralError},
+                             [&] { spline.FitAlt(cx, cy); });
+    TSX_FUZZ_CHECK(SameVariant(cx, vx) && SameVariant(cy, vy), "the spline changed the caller's Variants");
+  } else {
+    error = AttemptExpecting("CubicSpline::FitCollection",
+                             {ErrorCode::MissingSeriesX, ErrorCode::MissingSeriesY, ErrorCode::UnequalSeriesLengths,
+                              ErrorCode::GeneralError},
+                             [&] { spline.FitCollection(collection); });
+  }
+  if (error != 0 || !spline.IsSolved()) {
+    TSX_FUZZ_CHECK(!spline.IsSolved(), "a spline fit that raised left the spline solved");
+    TSX_FUZZ_CHECK(spline.ResultTables()->Count() == 0, "a failed spline fit left a result table");
+    return;
+  }
+  for (const auto& column : *spline.ResultTables()) RequireAllFinite(column->ExportToArray(), "spline table");
+  const std::int32_t intervals = spline.NumIntervals();
+  TSX_FUZZ_CHECK(intervals >= 2, "a solved spline of fewer than three knots");
+  double first = 0.0, last = 0.0;
+  for (std::int32_t i = 1; i <= intervals; ++i) {
+    AttemptExpecting("GetCubicByInterval", {ErrorCode::GeneralError}, [&] {
+      const CubicInformation cubic = spline.GetCubicByInterval(i);
+      for (double c : {cubic.a(), cubic.b(), cubic.c(), cubic.d()}) RequireFinite(c, "spline coefficient");
+      TSX_FUZZ_CHECK(cubic.LowerBound() < cubic.UpperBound() && cubic.Interval() == i, "a cubic's interval");
+      if (i == 1) first = cubic.LowerBound();
+      if (i == intervals) last = cubic.UpperBound();
+    });
+  }
+  RequireFinite(first, "first knot");
+  RequireFinite(last, "last knot");
+  // Points inside the knots, chosen by the input.
+  const double t = static_cast<double>(in.Byte()) / 255.0, u = static_cast<double>(in.Byte()) / 255.0;
+  const double a = first + (last - first) * t, b = first + (last - first) * u;
+  const bool inside = std::isfinite(a) && std::isfinite(b) && a >= first && a <= last && b >= first && b <= last;
+  if (!inside) return;
+  const std::initializer_list<ErrorCode> evaluation = {ErrorCode::ModelEvaluationError, ErrorCode::GeneralError};
+  double v = 0.0;
+  if (AttemptExpecting("spline PredictValue", evaluation, [&] { v = spline.PredictValue(a); }) == 0) {
+    RequireFinite(v, "spline PredictValue");
+  }
+  if (AttemptExpecting("spline CalculateDerivative", {ErrorCode::DerivativeError},
+                       [&] { v = spline.CalculateDerivative(a); }) == 0) {
+    RequireFinite(v, "spline CalculateDerivative");
+  }
+  if (AttemptExpecting("spline CalculateIntegral", {ErrorCode::IntegralError},
+                       [&] { v = spline.CalculateIntegral(a, b); }) == 0) {
+    RequireFinite(v, "spline CalculateIntegral");
+  }
+  std::vector<double> roots;
+  if (AttemptExpecting("spline CalculateRoots", {ErrorCode::InvalidArgument}, [&] {
+        roots = spline.CalculateRoots(in.Double(), a, b, static_cast<std::int32_t>(in.Below(30)));
+      }) == 0) {
+    RequireAllFinite(roots, "spline CalculateRoots");
+    for (double r : roots)
+      TSX_FUZZ_CHECK(r >= std::min(a, b) && r <= std::max(a, b), "a spline root outside its bounds");
+  }
+}
+
 }  // namespace
 }  // namespace tessarix::fuzz
 
@@ -397,6 +474,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const bool estimates_kept = model.kind != Model::kInternal || model.estimates_set;
   const std::vector<double> estimates = EstimatesOf(reg);
   std::int32_t error = 0;
+  Variant vx, vy, vsd;        // the Alt forms' arguments
+  DataCollection collection;  // FitCollection's
   switch (form) {
     case 0:
     case 1: {
@@ -413,7 +492,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     case 2:
     case 3: {
-      const Variant vx = VariantOf(in, x), vy = VariantOf(in, y), vsd = VariantOf(in, sd);
+      vx = VariantOf(in, x);
+      vy = VariantOf(in, y);
+      vsd = VariantOf(in, sd);
       const Variant cx = vx, cy = vy, csd = vsd;
       error = AttemptExpecting(
           "FitAlt",
@@ -429,7 +510,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
       break;
     }
     default: {
-      DataCollection collection;
       static const char* const kKeys[] = {"x", "X", "y", "Y", "sd", "SD", "", "z"};
       const std::vector<double>* columns[] = {&x, &y, &sd};
       const std::uint32_t members = in.Below(4) + (in.Bool() ? 2 : 0);
@@ -455,6 +535,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
       break;
     }
   }
+
+  // The spline takes the same points through its own forms.
+  FitSpline(form, x, y, vx, vy, collection, in);
 
   if (error != 0 || !reg.IsSolved()) {
     TSX_FUZZ_CHECK(!reg.IsSolved(), "a fit that raised left the object solved");
