@@ -67,6 +67,16 @@ void FillEventValues(Variant& out, const double* values, std::int32_t count) {
   for (std::int32_t i = 0; i < count; ++i) out.At(i) = Variant(values[i + 1]);
 }
 
+void SizeEventDerivatives(std::vector<double>& out, std::int32_t count) {
+  if (out.size() != static_cast<std::size_t>(count)) out.assign(static_cast<std::size_t>(count), 0.0);
+}
+
+void SizeEventDerivatives(Variant& out, std::int32_t count) {
+  if (!out.IsArray() || out.Dimensions() != 1 || out.UpperBound() != count - 1) {
+    out = Variant::Array(std::vector<Variant>(static_cast<std::size_t>(count), Variant(0.0)));
+  }
+}
+
 void ReadEventDerivatives(const ExternalBuffers& buffers, bool alternative, std::int32_t count, double* dyda) {
   for (std::int32_t i = 0; i < count; ++i) {
     double d = 0.0;
