@@ -233,6 +233,13 @@ const Table& TheTable() {
     t.by_code.assign(static_cast<std::size_t>(kLastMultipleEvaluationCode) + 1, nullptr);
     // The views are taken once the rows no longer move.
     for (MultipleRow& row : t.rows) {
+      std::vector<std::string> sorted;
+      for (std::int32_t i = 1; i <= row.parameter_count; ++i) sorted.push_back(ParameterName(i));
+      std::sort(sorted.begin(), sorted.end());
+      for (std::int32_t i = 1; i <= row.parameter_count; ++i) {
+        const auto at = std::find(sorted.begin(), sorted.end(), ParameterName(i)) - sorted.begin();
+        row.slot[static_cast<std::size_t>(i)] = static_cast<std::uint8_t>(at + 1);
+      }
       row.entry.definition = row.definition;
       row.entry.description = row.description;
       row.entry.file_label = row.definition;
@@ -269,10 +276,17 @@ Num TermValue(const PolynomialTerm& term, Num p, std::span<const double> point) 
   return inverse == 0 ? numerator : numerator / denominator;
 }
 
+// The i-th parameter of the text.
+double Parameter(const MultipleRow& row, const double* p, std::int32_t i) {
+  return p[row.slot[static_cast<std::size_t>(i)]];
+}
+
 // p(1)*x(1) + ... + p(count)*x(count).
-Num Sum(const double* p, std::span<const double> point, std::int32_t count) {
+Num Sum(const MultipleRow& row, const double* p, std::span<const double> point, std::int32_t count) {
   Num y = 0.0;
-  for (std::int32_t i = 1; i <= count; ++i) y = y + Num(p[i]) * point[static_cast<std::size_t>(i - 1)];
+  for (std::int32_t i = 1; i <= count; ++i) {
+    y = y + Num(Parameter(row, p, i)) * point[static_cast<std::size_t>(i - 1)];
+  }
   return y;
 }
 
@@ -291,11 +305,11 @@ Num RowValue(const MultipleRow& row, const double* p, std::span<const double> x)
       return y;
     }
     case Formula::LinearSum:
-      return Sum(p, x, n);
+      return Sum(row, p, x, n);
     case Formula::LinearSumPlusConstant:
-      return Sum(p, x, n - 1) + p[n];
+      return Sum(row, p, x, n - 1) + Parameter(row, p, n);
     case Formula::ExpLinearSum:
-      return exp(Sum(p, x, n - 1) + p[n]);
+      return exp(Sum(row, p, x, n - 1) + Parameter(row, p, n));
   }
   return 0.0;  // not reached: the switch names every formula
 }
@@ -337,16 +351,19 @@ void RowDerivatives(const MultipleRow& row, const double* p, std::span<const dou
       }
       return;
     case Formula::LinearSum:
-      for (std::int32_t i = 1; i <= n; ++i) d[i] = Checked(x[static_cast<std::size_t>(i - 1)]);
+      for (std::int32_t i = 1; i <= n; ++i)
+        d[row.slot[static_cast<std::size_t>(i)]] = Checked(x[static_cast<std::size_t>(i - 1)]);
       return;
     case Formula::LinearSumPlusConstant:
-      for (std::int32_t i = 1; i < n; ++i) d[i] = Checked(x[static_cast<std::size_t>(i - 1)]);
-      d[n] = 1.0;
+      for (std::int32_t i = 1; i < n; ++i)
+        d[row.slot[static_cast<std::size_t>(i)]] = Checked(x[static_cast<std::size_t>(i - 1)]);
+      d[row.slot[static_cast<std::size_t>(n)]] = 1.0;
       return;
     case Formula::ExpLinearSum: {
-      const Num e = exp(Sum(p, x, n - 1) + p[n]);
-      for (std::int32_t i = 1; i < n; ++i) d[i] = (e * x[static_cast<std::size_t>(i - 1)]).value();
-      d[n] = e.value();
+      const Num e = exp(Sum(row, p, x, n - 1) + Parameter(row, p, n));
+      for (std::int32_t i = 1; i < n; ++i)
+        d[row.slot[static_cast<std::size_t>(i)]] = (e * x[static_cast<std::size_t>(i - 1)]).value();
+      d[row.slot[static_cast<std::size_t>(n)]] = e.value();
       return;
     }
   }

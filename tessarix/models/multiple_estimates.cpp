@@ -20,7 +20,8 @@
 namespace tessarix::detail {
 namespace {
 
-// The terms of the row's linear problem at one point into b[1..m].
+// The terms of the row's linear problem at one point into b[1..m], each at
+// the place of its parameter in the parameter array.
 void EstimateBasis(const MultipleRow& row, std::span<const double> x, double* b) {
   const std::int32_t n = row.parameter_count;
   switch (row.formula) {
@@ -50,8 +51,9 @@ void EstimateBasis(const MultipleRow& row, std::span<const double> x, double* b)
       return;
     }
     case Formula::ExpLinearSum:  // log(y) = the sum with a constant
-      for (std::int32_t i = 1; i < n; ++i) b[i] = Checked(x[static_cast<std::size_t>(i - 1)]);
-      b[n] = 1.0;
+      for (std::int32_t i = 1; i < n; ++i)
+        b[row.slot[static_cast<std::size_t>(i)]] = Checked(x[static_cast<std::size_t>(i - 1)]);
+      b[row.slot[static_cast<std::size_t>(n)]] = 1.0;
       return;
   }
 }

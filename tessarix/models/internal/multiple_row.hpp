@@ -53,6 +53,9 @@ enum class Formula : std::uint8_t {
 // The most terms after the constant of a polynomial (the eleven parameter ones).
 inline constexpr std::size_t kMostPolynomialTerms = 10;
 
+// The most parameters of a row (the 50 variables and a constant).
+inline constexpr std::size_t kMostMultipleParameters = 51;
+
 struct MultipleRow {
   std::int32_t id = 0;
   std::string definition;
@@ -67,6 +70,11 @@ struct MultipleRow {
   // rows, and ID 1302 whose arithmetic is the plain sum).
   bool log_transform = false;
   std::array<PolynomialTerm, kMostPolynomialTerms> terms{};
+  // Where the i-th parameter of the text (a, b, ... z, aa, bb, ...) stands
+  // in the parameter array, which holds the names in code-unit order (a, aa,
+  // b, bb, ...): slot[i], for i from 1. Only the rows past 26 parameters are
+  // not the identity.
+  std::array<std::uint8_t, kMostMultipleParameters + 1> slot{};
 };
 
 // Every row in ID order.
