@@ -25,6 +25,8 @@ std::unique_ptr<PointModel> MakeTextKind(TextModel& text, const DataStatistics& 
 // A pre-defined model of the catalogue: the formula and analytic derivatives
 // of an evaluation code, and its least-squares starting values.
 std::unique_ptr<PointModel> MakePredefinedKind(std::int32_t evaluation_code, std::int32_t estimate_term_count);
+// The same for the catalogue of several variables, at the whole point.
+std::unique_ptr<PointModel> MakeMultiplePredefinedKind(std::int32_t evaluation_code, std::int32_t estimate_term_count);
 
 // An external model: the host's events of a regression class. `Calls` knows
 // how that class hands a point to its events:
