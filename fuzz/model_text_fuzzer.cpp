@@ -51,6 +51,17 @@ const std::initializer_list<ErrorCode> kDefinitionErrors = {
     ErrorCode::ModelMissingSub,   ErrorCode::ModelNoIndependentVariables,
     ErrorCode::ModelNoParameters,
 };
+// The several-variable mode adds "one of x1..xm missing".
+const std::initializer_list<ErrorCode> kSeveralVariableDefinitionErrors = {
+    ErrorCode::GeneralError,
+    ErrorCode::ModelSyntax,
+    ErrorCode::ModelCyclic,
+    ErrorCode::ModelUndefinedSubReference,
+    ErrorCode::ModelMissingSub,
+    ErrorCode::ModelNoIndependentVariables,
+    ErrorCode::ModelIndependentVariableMissing,
+    ErrorCode::ModelNoParameters,
+};
 
 struct Outcome {
   std::int32_t error = 0;
@@ -256,7 +267,7 @@ void FitAndQuery(NonlinearRegression& reg, std::size_t text_size) {
 void SeveralVariables(const std::vector<std::string>& lines, std::size_t text_size) {
   SetSystemSeparators(EnglishSeparators());
   MultipleNonlinearRegression reg;
-  if (AttemptExpecting("Multiple DefineUserModel", kDefinitionErrors,
+  if (AttemptExpecting("Multiple DefineUserModel", kSeveralVariableDefinitionErrors,
                        [&] { Define(reg, lines, tsxLocaleEnglish, false); }) != 0) {
     return;
   }
