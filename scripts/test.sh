@@ -52,7 +52,7 @@ cmake --build "$work/asan" -j "$jobs"
   ctest -j "$jobs" --output-on-failure)
 
 echo "== Fuzzing (clang, libFuzzer): every target 30 s, any finding fails"
-TESSARIX_FUZZ_BUILD="$work/fuzz" "$root/scripts/fuzz.sh" 30
+TESSARIX_FUZZ_BUILD="$work/fuzz" bash "$root/scripts/fuzz.sh" 30
 
 echo "== Install and outside consumer"
 cmake --install "$work/release" --prefix "$work/prefix"
