@@ -207,4 +207,8 @@ void RegressionEngine::IterationComplete(std::int32_t iteration, double sse, boo
   hooks_->IterationComplete(iteration, sse, abort);
 }
 
+void RegressionEngine::SetDerivativeStepFloors(std::vector<double> floors) {
+  if (kind != nullptr) kind->SetDerivativeStepFloors(std::move(floors));
+}
+
 }  // namespace tessarix::detail

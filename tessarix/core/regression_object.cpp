@@ -163,6 +163,16 @@ void RegressionObject::SetRegressionTolerance(double value) {
   engine_->core.regression_tolerance = value;
 }
 
+SolverMethodEnum RegressionObject::SolverMethod() const { return engine_->core.solver_method; }
+
+void RegressionObject::SetSolverMethod(SolverMethodEnum value) {
+  engine_->GuardLocked();
+  if (value != tsxSolverMarquardt && value != tsxSolverTrustRegion) RaiseLibraryError(ErrorCode::InvalidPropertyValue);
+  engine_->core.solver_method = value;
+}
+
+ConvergenceReasonEnum RegressionObject::ConvergenceReason() const { return engine_->core.convergence_reason; }
+
 // ---- statistics of the solved model -----------------------------------------------------------
 
 #define TSX_SOLVED_GETTER(Type, Name, expression) \

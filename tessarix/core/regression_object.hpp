@@ -99,6 +99,41 @@ class TESSARIX_API RegressionObject {
   double RegressionTolerance() const;
   void SetRegressionTolerance(double value);
 
+  // The iteration of the fits: tsxSolverMarquardt (the default) or
+  // tsxSolverTrustRegion. The setter raises 10033 when locked and 10027 for
+  // any other value; the choice survives definitions and ClearFit.
+  //
+  // The trust-region method (MINPACK lmder's design: scaling by the
+  // Jacobian's column norms, steps from a pivoted QR factorisation of the
+  // weighted Jacobian, a trust radius) ends at the best point it found. It
+  // stops when the relative reduction of the merit function, actual and
+  // predicted, is at most RegressionTolerance percent; when the trust radius
+  // falls below 1E-10 of the scaled parameters; when the residuals are
+  // orthogonal to the Jacobian's columns to within 1E-14 (cosine); at
+  // MaxIterations trial steps; or when no step can be evaluated or reduce
+  // the merit any more. A singular Jacobian gives a least-squares step, and
+  // a step that fails to evaluate is rejected, not the end of the run.
+  // NumIterations counts trial steps (never more than MaxIterations),
+  // NumUnchangedIterations the rejected ones since the last accepted step;
+  // MaxUnchangedIterations is not used. Numerical parameter derivatives
+  // start from a step of at least 3.684E-06 times the parameter's initial
+  // estimate (times 1 for an estimate of 0), so a parameter at or near 0 has
+  // a real derivative. The log names the method, the test that ended the
+  // run and the passes over the data. Statistics, covariance and standard
+  // errors are those of the best point.
+  SolverMethodEnum SolverMethod() const;
+  void SetSolverMethod(SolverMethodEnum value);
+
+  // How the last run ended, whether or not it was solved: tsxNotRun before
+  // any run and after a definition or ClearFit; tsxFailed when the run
+  // failed (IsSolved false). With the Marquardt method a converged run
+  // (also a merit function of 0) gives tsxConvergedReduction, the
+  // unchanged-merit end tsxStalled, the iteration limit tsxIterationLimit.
+  // With either method a run that the host stopped from IterationComplete
+  // gives tsxIterationLimit (unless that iteration met a convergence test).
+  // The trust-region method gives each of the reasons as its log tells.
+  ConvergenceReasonEnum ConvergenceReason() const;
+
   // ---- results of the solved fit: each raises 10023, then 10029 ---------------
   // Iterations of the run, counting the last one (one more than
   // MaxIterations when the limit was reached).
