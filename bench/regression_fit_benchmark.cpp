@@ -6,52 +6,14 @@
 // the peak of heap memory held during the fit per observation (the caller's
 // arrays not counted).
 #include <benchmark/benchmark.h>
-#include <malloc.h>
 
-#include <atomic>
 #include <chrono>
 #include <cmath>
-#include <cstdlib>
-#include <new>
 #include <string>
 #include <vector>
 
+#include "heap_counter.hpp"
 #include "tessarix/core/nonlinear_regression.hpp"
-
-// Counting replacements of the global operators new and delete; g++ cannot
-// see that they pair malloc with free on purpose.
-#if defined(__GNUC__) && !defined(__clang__)
-#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
-#endif
-
-namespace {
-
-std::atomic<long long> g_allocations{0};
-std::atomic<long long> g_bytes_now{0};
-std::atomic<long long> g_bytes_peak{0};
-
-void Account(void* p) {
-  if (!p) return;
-  ++g_allocations;
-  const long long now = g_bytes_now += static_cast<long long>(malloc_usable_size(p));
-  long long peak = g_bytes_peak.load();
-  while (now > peak && !g_bytes_peak.compare_exchange_weak(peak, now)) {
-  }
-}
-
-}  // namespace
-
-void* operator new(std::size_t size) {
-  void* p = std::malloc(size == 0 ? 1 : size);
-  if (!p) throw std::bad_alloc();
-  Account(p);
-  return p;
-}
-void operator delete(void* p) noexcept {
-  if (p) g_bytes_now -= static_cast<long long>(malloc_usable_size(p));
-  std::free(p);
-}
-void operator delete(void* p, std::size_t) noexcept { operator delete(p); }
 
 namespace {
 
@@ -82,21 +44,21 @@ void BM_FitExternalModel(benchmark::State& state) {
   // Allocations between two IterationComplete events of one fit.
   reg.Events.IterationComplete = [&](std::int32_t iteration, double, bool&) {
     if (iteration > 1) {
-      iteration_allocations += g_allocations.load() - before;
+      iteration_allocations += heap::g_allocations.load() - before;
       ++iterations_seen;
     }
-    before = g_allocations.load();
+    before = heap::g_allocations.load();
   };
 
   long long iterations = 0;
   double peak_per_observation = 0.0;
   for (auto _ : state) {
-    const long long base = g_bytes_now.load();
-    g_bytes_peak = base;
+    const long long base = heap::g_bytes_now.load();
+    heap::g_bytes_peak = base;
     reg.Fit(x, y);
     if (!reg.IsSolved()) state.SkipWithError("fit failed");
     iterations += reg.NumIterations();
-    peak_per_observation = static_cast<double>(g_bytes_peak.load() - base) / static_cast<double>(n);
+    peak_per_observation = static_cast<double>(heap::g_bytes_peak.load() - base) / static_cast<double>(n);
   }
   state.counters["iterations"] = static_cast<double>(iterations) / static_cast<double>(state.iterations());
   state.counters["time_per_iteration"] =

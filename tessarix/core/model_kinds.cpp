@@ -33,6 +33,7 @@ class PredefinedKind final : public PointModel {
                    std::int32_t /*count*/, double* dyda) override {
     return PredefinedDerivatives(code_, parameters, point[0], dyda);
   }
+  std::unique_ptr<PointModel> ThreadCopy() const override { return std::make_unique<PredefinedKind>(code_, terms_); }
   bool HasLeastSquaresEstimates() const override { return true; }
   bool ObtainLeastSquaresEstimates(const PointTable& points, const Vector1& y, const Vector1& weights, std::int32_t n,
                                    std::vector<double>& estimates) override {

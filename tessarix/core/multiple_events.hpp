@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <span>
 #include <vector>
 
 #include "tessarix/platform/variant.hpp"
@@ -34,6 +35,28 @@ struct MultipleNonlinearRegressionEvents {
   // must convert to a Double.
   std::function<void(Variant& ParameterValues, Variant& XValues, Variant& dParameterValues, bool& Success)>
       DerivativeExternalAlt;
+
+  // ---- extension: block events ----------------------------------------------------
+  // A host whose model works on arrays (vectorised code, numpy) sets these
+  // instead of the per-point events of an external model: the object then
+  // hands it a whole block of observations at once. When
+  // EvaluateExternalBlock is set, it is used and the per-point events are not.
+  // ParameterValues holds the parameter values (zero-based, in the order of
+  // the definition); XValues the points of the block row-major: m values per point, x1 first; Results
+  // one value per point. Success enters false; false fails the evaluation at
+  // the block's first point, as a failed per-point event does, and so does a
+  // result that is not finite at its own point. A fit calls the block events
+  // from one thread unless ThreadSafeEvents() is set.
+  std::function<void(std::span<const double> ParameterValues, std::span<const double> XValues,
+                     std::span<double> Results, bool& Success)>
+      EvaluateExternalBlock;
+  // With ExternalDerivatives: the derivatives of every point by every
+  // parameter into Derivatives, row-major (point i, parameter j at
+  // i * parameter count + j). Without it, or when this slot is empty, the
+  // derivatives are numerical from EvaluateExternalBlock.
+  std::function<void(std::span<const double> ParameterValues, std::span<const double> XValues,
+                     std::span<double> Derivatives, bool& Success)>
+      DerivativeExternalBlock;
 };
 
 }  // namespace tessarix

@@ -96,7 +96,7 @@ void DefineExternal(RegressionEngine& e, MultipleNonlinearRegressionEvents& even
   for (std::int32_t i = 0; i < count; ++i) names.push_back(name_at(i));
   e.variables = variables;
   e.InstallModel(names, std::make_unique<ExternalKind<MultipleNonlinearRegressionEvents, MultipleVariableCalls>>(
-                            events, count, external_derivatives, alternative_events, e.core.last_error));
+                            events, count, external_derivatives, alternative_events, &e.core.last_error));
 }
 
 }  // namespace

@@ -75,7 +75,7 @@ void DefineExternal(RegressionEngine& e, NonlinearRegressionEvents& events, std:
   names.reserve(static_cast<std::size_t>(count));
   for (std::int32_t i = 0; i < count; ++i) names.push_back(name_at(i));
   e.InstallModel(names, std::make_unique<ExternalKind<NonlinearRegressionEvents, SingleVariableCalls>>(
-                            events, count, external_derivatives, alternative_events, e.core.last_error));
+                            events, count, external_derivatives, alternative_events, &e.core.last_error));
 }
 
 }  // namespace

@@ -89,11 +89,12 @@ void RegressionEngine::ReleaseWorkArrays() {
 
 namespace {
 
-void AddColumn(DataCollection& tables, const std::string& name, const std::string& key, std::span<const double> values,
+// A work array (one-based, 1..n) becomes the column: taken over, not copied.
+void AddColumn(DataCollection& tables, const std::string& name, const std::string& key, std::vector<double>&& values,
                std::int32_t n) {
-  const std::shared_ptr<DataSeries> series = DataAccess::ReplaceSeries(tables, name, n);
+  const std::shared_ptr<DataSeries> series = DataAccess::ReplaceSeries(tables, name, 0);
   if (!key.empty()) series->SetRegressionKey(key);
-  DataAccess::CopyValuesIn(*series, values, n);
+  DataAccess::AdoptValues(*series, std::move(values), n);
 }
 
 }  // namespace
@@ -103,19 +104,20 @@ void RegressionEngine::PublishTables(std::int32_t n, const ResultColumns& column
   DataAccess::SetReadOnly(tables, false);
   const std::int32_t width = points.Width();
   if (width == 1) {
-    AddColumn(tables, columns.x_names[0], columns.x_keys[0], points.Values(), n);
+    AddColumn(tables, columns.x_names[0], columns.x_keys[0], points.TakeValues(), n);
   } else {
-    Vector1 column = MakeVector1(n);
     for (std::int32_t j = 1; j <= width; ++j) {
+      Vector1 column = MakeVector1(n);
       for (std::int32_t i = 1; i <= n; ++i) column[static_cast<std::size_t>(i)] = points.At(i, j);
       AddColumn(tables, columns.x_names[static_cast<std::size_t>(j - 1)],
-                columns.x_keys[static_cast<std::size_t>(j - 1)], column, n);
+                columns.x_keys[static_cast<std::size_t>(j - 1)], std::move(column), n);
     }
+    points.Release();
   }
-  AddColumn(tables, columns.y, "Y", core.y, n);
-  if (with_deviations) AddColumn(tables, columns.sd, "SD", core.deviations, n);
-  AddColumn(tables, columns.predicted, "", core.predicted, n);
-  AddColumn(tables, "Residuals", "", core.residuals, n);
+  AddColumn(tables, columns.y, "Y", std::move(core.y), n);
+  if (with_deviations) AddColumn(tables, columns.sd, "SD", std::move(core.deviations), n);
+  AddColumn(tables, columns.predicted, "", std::move(core.predicted), n);
+  AddColumn(tables, "Residuals", "", std::move(core.residuals), n);
 }
 
 void RegressionEngine::Fit(ObservationSource& source) {
@@ -142,9 +144,11 @@ void RegressionEngine::Fit(ObservationSource& source) {
         const bool weighted = has_deviations && WeightsFromDeviations(core.deviations, n, core.weights);
         if (has_deviations && !weighted) std::fill(core.weights.begin(), core.weights.end(), 1.0);
 
+        PrepareThreads();
         core.locked = true;
         SolveModel(core, *this, n);
         core.locked = false;
+        parallel_ = false;
         if (core.solved) {
           core.is_weighted = weighted;
           PublishTables(n, source.Columns(), weighted);
@@ -154,6 +158,7 @@ void RegressionEngine::Fit(ObservationSource& source) {
       },
       [this](const std::string& description) {
         core.locked = false;
+        parallel_ = false;
         DataAccess::SetReadOnly(core.ResultTables(), true);
         ReleaseWorkArrays();
         core.last_error = std::string(kGeneralErrorPrefix) + description;
@@ -166,7 +171,78 @@ bool RegressionEngine::ValueAt(std::span<const double> point, double& y) {
   return kind != nullptr && kind->Value(point, core.parameter_values.data(), y);
 }
 
-std::int32_t RegressionEngine::BlockRows() const { return kind != nullptr ? kind->BlockRows() : 1; }
+namespace {
+// Rows of one thread's share of a parallel block.
+constexpr std::int32_t kRowsPerThread = 2048;
+}  // namespace
+
+std::int32_t RegressionEngine::BlockRows() const {
+  if (parallel_) return kRowsPerThread * static_cast<std::int32_t>(thread_parameters_.size());
+  return kind != nullptr ? kind->BlockRows() : 1;
+}
+
+void RegressionEngine::PrepareThreads() {
+  parallel_ = false;
+  thread_kinds_.clear();
+  if (core.threads < 2 || kind == nullptr) return;
+  if (model.type == tsxModelExternal && !core.thread_safe_events) return;
+  for (std::int32_t t = 1; t < core.threads; ++t) {
+    std::unique_ptr<PointModel> copy = kind->ThreadCopy();
+    if (copy == nullptr) {
+      thread_kinds_.clear();
+      return;
+    }
+    thread_kinds_.push_back(std::move(copy));
+  }
+  if (pool_ == nullptr || pool_->Size() != core.threads) pool_ = std::make_unique<WorkerPool>(core.threads);
+  const auto threads = static_cast<std::size_t>(core.threads);
+  thread_parameters_.assign(threads, core.parameter_values);
+  thread_failures_.assign(threads, RowFailure());
+  thread_ok_.assign(threads, 1);
+  parallel_ = true;
+}
+
+// Every thread evaluates its own share of the rows with its own copy of the
+// parameter values; the caller sums the rows in their order afterwards, so
+// the results are those of a serial pass whatever the number of threads.
+bool RegressionEngine::EvaluateRowsInParallel(std::int32_t first, std::int32_t count, const std::int32_t* ia,
+                                              double* values, double* derivatives, std::int32_t stride,
+                                              RowFailure& failure) {
+  struct Share {
+    RegressionEngine* engine;
+    std::int32_t first, count, share, stride;
+    const std::int32_t* ia;
+    double* values;
+    double* derivatives;
+  };
+  const auto threads = static_cast<std::int32_t>(thread_parameters_.size());
+  Share job{this, first, count, (count + threads - 1) / threads, stride, ia, values, derivatives};
+  const Share* context = &job;
+  pool_->Run(threads, [context](std::int32_t t) {
+    const Share& j = *context;
+    RegressionEngine& e = *j.engine;
+    const auto ut = static_cast<std::size_t>(t);
+    const std::int32_t begin = t * j.share;
+    const std::int32_t rows = std::min(j.share, j.count - begin);
+    e.thread_ok_[ut] = 1;
+    if (rows <= 0) return;
+    Vector1& parameters = e.thread_parameters_[ut];
+    if (parameters.size() != e.core.parameter_values.size()) parameters.resize(e.core.parameter_values.size());
+    std::copy(e.core.parameter_values.begin(), e.core.parameter_values.end(), parameters.begin());
+    PointModel& share_model = t == 0 ? *e.kind : *e.thread_kinds_[ut - 1];
+    e.thread_ok_[ut] = share_model.EvaluateRows(
+        e.points, j.first + begin, rows, parameters.data(), j.ia, e.core.parameter_count, j.values + begin,
+        j.derivatives != nullptr ? j.derivatives + static_cast<std::ptrdiff_t>(begin) * j.stride : nullptr, j.stride,
+        e.thread_failures_[ut]);
+  });
+  for (std::size_t t = 0; t < thread_ok_.size(); ++t) {
+    if (!thread_ok_[t]) {
+      failure = thread_failures_[t];
+      return false;
+    }
+  }
+  return true;
+}
 
 bool RegressionEngine::EvaluateRows(std::int32_t first, std::int32_t count, const std::int32_t* ia, double* values,
                                     double* derivatives, std::int32_t stride, RowFailure& failure) {
@@ -174,6 +250,7 @@ bool RegressionEngine::EvaluateRows(std::int32_t first, std::int32_t count, cons
     failure = {first, false};
     return false;
   }
+  if (parallel_) return EvaluateRowsInParallel(first, count, ia, values, derivatives, stride, failure);
   return kind->EvaluateRows(points, first, count, core.parameter_values.data(), ia, core.parameter_count, values,
                             derivatives, stride, failure);
 }
@@ -207,7 +284,9 @@ void RegressionEngine::IterationComplete(std::int32_t iteration, double sse, boo
   hooks_->IterationComplete(iteration, sse, abort);
 }
 
+// The copies of a parallel pass differentiate as the model itself does.
 void RegressionEngine::SetDerivativeStepFloors(std::vector<double> floors) {
+  for (const std::unique_ptr<PointModel>& copy : thread_kinds_) copy->SetDerivativeStepFloors(floors);
   if (kind != nullptr) kind->SetDerivativeStepFloors(std::move(floors));
 }
 

@@ -173,6 +173,23 @@ void RegressionObject::SetSolverMethod(SolverMethodEnum value) {
 
 ConvergenceReasonEnum RegressionObject::ConvergenceReason() const { return engine_->core.convergence_reason; }
 
+// ---- threads ----------------------------------------------------------------------------------
+
+std::int32_t RegressionObject::Threads() const { return engine_->core.threads; }
+
+void RegressionObject::SetThreads(std::int32_t value) {
+  engine_->GuardLocked();
+  if (value < 1) RaiseLibraryError(ErrorCode::InvalidPropertyValue);
+  engine_->core.threads = value;
+}
+
+bool RegressionObject::ThreadSafeEvents() const { return engine_->core.thread_safe_events; }
+
+void RegressionObject::SetThreadSafeEvents(bool value) {
+  engine_->GuardLocked();
+  engine_->core.thread_safe_events = value;
+}
+
 // ---- statistics of the solved model -----------------------------------------------------------
 
 #define TSX_SOLVED_GETTER(Type, Name, expression) \

@@ -105,22 +105,33 @@ class TESSARIX_API RegressionObject {
   //
   // The trust-region method (MINPACK lmder's design: scaling by the
   // Jacobian's column norms, steps from a pivoted QR factorisation of the
-  // weighted Jacobian, a trust radius) ends at the best point it found. It
-  // stops when the relative reduction of the merit function, actual and
-  // predicted, is at most RegressionTolerance percent; when the trust radius
-  // falls below 1E-10 of the scaled parameters; when the residuals are
-  // orthogonal to the Jacobian's columns to within 1E-14 (cosine); at
-  // MaxIterations trial steps; or when no step can be evaluated or reduce
-  // the merit any more. A singular Jacobian gives a least-squares step, and
-  // a step that fails to evaluate is rejected, not the end of the run.
-  // NumIterations counts trial steps (never more than MaxIterations),
+  // weighted Jacobian, a trust radius adapted by the ratio of actual to
+  // predicted reduction) ends at the best point it found. It stops
+  //   - when the merit function reaches 0, or no step within the trust region
+  //     changes it beyond rounding (tsxConvergedReduction);
+  //   - when the trust radius falls below RegressionTolerance percent of the
+  //     scaled parameters: with the default, their relative change is below
+  //     1E-12 (tsxConvergedStep);
+  //   - when the residuals are orthogonal to every column of the Jacobian to
+  //     within a cosine of 1E-14 (tsxConvergedGradient);
+  //   - after MaxIterations trial steps, or when the host aborts
+  //     (tsxIterationLimit), at the best point;
+  //   - when the radius collapses because no step near the best point can be
+  //     evaluated (tsxStalled).
+  // A singular or rank-deficient Jacobian gives a least-squares step, and a
+  // step that cannot be computed or evaluated is rejected (the radius
+  // shrinks), not the end of the run; so is an accepted point where the
+  // derivatives fail or a parameter stops acting on the model. NumIterations
+  // counts trial steps (never more than MaxIterations), and
   // NumUnchangedIterations the rejected ones since the last accepted step;
-  // MaxUnchangedIterations is not used. Numerical parameter derivatives
-  // start from a step of at least 3.684E-06 times the parameter's initial
-  // estimate (times 1 for an estimate of 0), so a parameter at or near 0 has
-  // a real derivative. The log names the method, the test that ended the
-  // run and the passes over the data. Statistics, covariance and standard
-  // errors are those of the best point.
+  // MaxUnchangedIterations is not used. Numerical parameter derivatives start
+  // from a step of at least 3.684E-06 times the parameter's initial estimate
+  // (3.684E-06 for an estimate of 0), so that a parameter at or near 0 has a
+  // real derivative. The log names the method, the test that ended the run
+  // and the passes over the data. Statistics, covariance (from the QR factor
+  // of the Jacobian at the best point) and standard errors are those of the
+  // best point; a Jacobian there with a column that depends exactly on the
+  // others fails the run ("Singular matrix at the best point").
   SolverMethodEnum SolverMethod() const;
   void SetSolverMethod(SolverMethodEnum value);
 
@@ -133,6 +144,22 @@ class TESSARIX_API RegressionObject {
   // gives tsxIterationLimit (unless that iteration met a convergence test).
   // The trust-region method gives each of the reasons as its log tells.
   ConvergenceReasonEnum ConvergenceReason() const;
+  // ---- extension: threads --------------------------------------------------------
+  // The threads of a pass over the data, 1 (the default) or more. Each thread
+  // evaluates the model on its share of the observations and the sums are
+  // then formed in the order of the observations, so every result is the same
+  // for any number of threads. A pass runs in parallel for pre-defined models
+  // and for external models whose host has declared its events thread-safe;
+  // user models (whose sub-definitions keep values from one evaluation to the
+  // next) and other external models run on one thread. The setter raises
+  // 10033 when locked and 10027 below 1.
+  std::int32_t Threads() const;
+  void SetThreads(std::int32_t value);
+  // Whether the host's per-point events of an external model may be called
+  // from several threads at once (default false). The setter raises 10033
+  // when locked.
+  bool ThreadSafeEvents() const;
+  void SetThreadSafeEvents(bool value);
 
   // ---- results of the solved fit: each raises 10023, then 10029 ---------------
   // Iterations of the run, counting the last one (one more than

@@ -45,6 +45,13 @@ void DataAccess::CopyValuesIn(DataSeries& series, std::span<const double> values
   series.count_ = count;
 }
 
+void DataAccess::AdoptValues(DataSeries& series, std::vector<double>&& values, std::int32_t count) {
+  if (count < 0 || values.size() < static_cast<std::size_t>(count) + 1) SubscriptFault();
+  series.statistics_valid_ = false;
+  series.values_ = std::move(values);
+  series.count_ = count;
+}
+
 void DataAccess::CopyValuesIn(DataSeries& series, const Matrix1& m, std::int32_t count, std::int32_t column) {
   if (count < 0 || m.Rows() < count || column < 1 || column > m.Cols()) SubscriptFault();
   series.statistics_valid_ = false;

@@ -48,6 +48,10 @@ struct DataAccess {
   // Sets NumObservations = count and the observations from the one-based
   // values[1 .. count] (values.size() >= count + 1); clears the statistics.
   static void CopyValuesIn(DataSeries& series, std::span<const double> values, std::int32_t count);
+  // Takes over the one-based values[1 .. count] (values.size() >= count + 1)
+  // as the series' storage, without a copy: a fit's work arrays become its
+  // result columns. Clears the statistics.
+  static void AdoptValues(DataSeries& series, std::vector<double>&& values, std::int32_t count);
   // Column form: observation k - 1 = m(k, column), k = 1 .. count.
   static void CopyValuesIn(DataSeries& series, const Matrix1& m, std::int32_t count, std::int32_t column);
 

@@ -55,9 +55,16 @@ void AddDataOptions(CLI::App& command, DataOptions& data, std::string& delimiter
       ->capture_default_str();
   command.add_option("--missing", data.missing, "Text that marks a missing value; rows holding it are left out")
       ->type_name("TEXT");
-  command.add_option("--x", data.x_column, "Column of the independent variable (default: the first)")
+  command
+      .add_option("--x", data.x_column,
+                  "Column of the independent variable (default: the first); several as NAME1,NAME2,... for a model "
+                  "in x1, x2, ... in that order")
+      ->type_name("NAME[,NAME...]");
+  command
+      .add_option("--y", data.y_column,
+                  "Column of the dependent variable (default: the second; with several variables the first column "
+                  "that is none of them)")
       ->type_name("NAME");
-  command.add_option("--y", data.y_column, "Column of the dependent variable (default: the second)")->type_name("NAME");
   command.add_option("--sd", data.sd_column, "Column of standard deviations of Y; the fit is weighted by them")
       ->type_name("NAME");
 }

@@ -73,6 +73,19 @@ std::shared_ptr<DataSeries> Column(const LoadedData& loaded, const DataOptions& 
   }
 }
 
+// "A,B" into {"A", "B"}; an empty text is one empty name (the default column).
+std::vector<std::string> SplitList(const std::string& text) {
+  std::vector<std::string> names(1);
+  for (char c : text) {
+    if (c == ',') {
+      names.emplace_back();
+    } else {
+      names.back().push_back(c);
+    }
+  }
+  return names;
+}
+
 }  // namespace
 
 LoadedData LoadData(const DataOptions& options) {
@@ -90,11 +103,32 @@ LoadedData LoadData(const DataOptions& options) {
     throw ToolError("the data file '" + CleanText(options.path) +
                     "' is empty: it needs a header line of column names and rows of numbers");
   }
-  loaded.x = Column(loaded, options, options.x_column, 1, "X");
-  loaded.y = Column(loaded, options, options.y_column, 2, "Y");
+  const std::vector<std::string> x_names = SplitList(options.x_column);
+  for (const std::string& name : x_names) {
+    if (name.empty() && x_names.size() > 1) throw ToolError("--x: an empty column name in '" + options.x_column + "'");
+    loaded.xs.push_back(Column(loaded, options, name, 1, "X"));
+  }
+  loaded.x = loaded.xs.front();
+  if (options.y_column.empty() && loaded.xs.size() > 1) {
+    // With several variables Y is the first column that is none of them.
+    for (const auto& series : *loaded.collection) {
+      if (std::find(loaded.xs.begin(), loaded.xs.end(), series) == loaded.xs.end()) {
+        loaded.y = series;
+        break;
+      }
+    }
+    if (!loaded.y) throw ToolError("the data file '" + CleanText(options.path) + "' has no column left for Y");
+  } else {
+    loaded.y = Column(loaded, options, options.y_column, 2, "Y");
+  }
   if (!options.sd_column.empty()) loaded.sd = Column(loaded, options, options.sd_column, 0, "SD");
-  if (loaded.x == loaded.y || (loaded.sd && (loaded.sd == loaded.x || loaded.sd == loaded.y))) {
-    throw ToolError("the X, Y and SD columns must be different columns");
+  std::vector<std::shared_ptr<DataSeries>> chosen = loaded.xs;
+  chosen.push_back(loaded.y);
+  if (loaded.sd) chosen.push_back(loaded.sd);
+  for (std::size_t i = 0; i < chosen.size(); ++i) {
+    for (std::size_t j = i + 1; j < chosen.size(); ++j) {
+      if (chosen[i] == chosen[j]) throw ToolError("the X, Y and SD columns must be different columns");
+    }
   }
   loaded.rows = loaded.x->NumObservations();
   if (loaded.rows == 0) {
@@ -102,7 +136,15 @@ LoadedData LoadData(const DataOptions& options) {
                     "' holds a number in every column (columns: " + ColumnList(*loaded.collection) +
                     "); check --delimiter and --decimal");
   }
-  loaded.x->SetRegressionKey("x");
+  if (loaded.xs.size() == 1) {
+    loaded.x->SetRegressionKey("x");
+  } else {
+    for (std::size_t k = 0; k < loaded.xs.size(); ++k) {
+      std::string key = "x";
+      key += std::to_string(k + 1);
+      loaded.xs[k]->SetRegressionKey(key);
+    }
+  }
   loaded.y->SetRegressionKey("y");
   if (loaded.sd) loaded.sd->SetRegressionKey("sd");
   return loaded;

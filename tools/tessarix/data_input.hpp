@@ -7,6 +7,7 @@
 #include <string>
 #include <tessarix/core/enums.hpp>
 #include <tessarix/data/data_collection.hpp>
+#include <vector>
 
 namespace tessarix::tool {
 
@@ -15,19 +16,21 @@ struct DataOptions {
   DelimiterTypeEnum delimiter = tsxDelimiterComma;
   std::string decimal_separator = ".";  // of the numbers in the file
   std::string missing;                  // a field that marks a missing value ("" for none)
-  std::string x_column;                 // empty: the first column
+  std::string x_column;                 // empty: the first column; "A,B,C": several variables
   std::string y_column;                 // empty: the second column
   std::string sd_column;                // empty: unweighted
 };
 
 struct LoadedData {
-  std::shared_ptr<DataCollection> collection;  // every column of the file
-  std::shared_ptr<DataSeries> x, y, sd;        // sd is null when unweighted
-  std::int32_t rows = 0;                       // rows read with a number in every column
+  std::shared_ptr<DataCollection> collection;   // every column of the file
+  std::shared_ptr<DataSeries> x, y, sd;         // sd is null when unweighted; x is the first of xs
+  std::vector<std::shared_ptr<DataSeries>> xs;  // the independent variables in the order of --x
+  std::int32_t rows = 0;                        // rows read with a number in every column
 };
 
-// Reads the file and marks the chosen series with the regression keys "x",
-// "y" and "sd", ready for FitCollection. Throws ToolError for a missing or
+// Reads the file and marks the chosen series with the regression keys "x"
+// (or "x1", "x2", ... for several variables), "y" and "sd", ready for
+// FitCollection. Throws ToolError for a missing or
 // unreadable file, an unknown column and a file without usable rows.
 LoadedData LoadData(const DataOptions& options);
 

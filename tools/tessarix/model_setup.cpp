@@ -10,7 +10,7 @@ namespace tessarix::tool {
 
 namespace {
 
-std::string ParameterList(const NonlinearRegression& regression) {
+std::string ParameterList(const RegressionObject& regression) {
   std::string names;
   for (const auto& parameter : *regression.RegressionParameters()) {
     if (!names.empty()) names += ", ";
@@ -19,7 +19,7 @@ std::string ParameterList(const NonlinearRegression& regression) {
   return names;
 }
 
-std::shared_ptr<RegressionParameter> Parameter(const NonlinearRegression& regression, const std::string& name,
+std::shared_ptr<RegressionParameter> Parameter(const RegressionObject& regression, const std::string& name,
                                                const char* option) {
   try {
     return regression.RegressionParameters()->Item(name);
@@ -32,7 +32,7 @@ std::shared_ptr<RegressionParameter> Parameter(const NonlinearRegression& regres
 
 }  // namespace
 
-void SetUpModel(NonlinearRegression& regression, const ModelOptions& options) {
+void SetUpModel(RegressionObject& regression, const ModelOptions& options) {
   try {
     if (options.id) {
       regression.DefineInternalModel(*options.id);
@@ -59,7 +59,7 @@ void SetUpModel(NonlinearRegression& regression, const ModelOptions& options) {
   }
 }
 
-std::string ModelLabel(const NonlinearRegression& regression, const ModelOptions& options) {
+std::string ModelLabel(const RegressionObject& regression, const ModelOptions& options) {
   const auto definition = regression.ModelDefinition();
   std::string label = "y = ";
   label += CleanText(definition.Y());

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <tessarix/core/nonlinear_regression.hpp>
+#include <tessarix/core/regression_object.hpp>
 #include <utility>
 #include <vector>
 
@@ -24,10 +24,10 @@ struct ModelOptions {
 // Defines the model on `regression` and applies estimates and settings.
 // Throws ToolError with the library's message when the model does not
 // compile, and for a parameter name the model does not have.
-void SetUpModel(NonlinearRegression& regression, const ModelOptions& options);
+void SetUpModel(RegressionObject& regression, const ModelOptions& options);
 
 // The model as a reader knows it: "y = a*exp(b*x)", or for a catalogue model
 // "y = a*exp(b*x)  (model 36, Exponential)".
-std::string ModelLabel(const NonlinearRegression& regression, const ModelOptions& options);
+std::string ModelLabel(const RegressionObject& regression, const ModelOptions& options);
 
 }  // namespace tessarix::tool

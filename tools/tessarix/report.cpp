@@ -33,7 +33,7 @@ std::string ConfidenceText(RegressionParameter& parameter) {
   }
 }
 
-void ParameterTable(std::ostringstream& out, const NonlinearRegression& regression) {
+void ParameterTable(std::ostringstream& out, const RegressionObject& regression) {
   struct Row {
     std::string name, value, se, prob, ci;
   };
@@ -69,7 +69,7 @@ void ParameterTable(std::ostringstream& out, const NonlinearRegression& regressi
   for (const Row& r : rows) line(r);
 }
 
-void Statistics(std::ostringstream& out, const NonlinearRegression& r) {
+void Statistics(std::ostringstream& out, const RegressionObject& r) {
   auto item = [&](const char* name, const std::string& value) { out << "  " << PadRight(name, 22) << value << '\n'; };
   item("R2", SignificantText(r.R2(), kValueDigits));
   item("Adjusted R2", SignificantText(r.R2Adjust(), kValueDigits));
@@ -82,7 +82,14 @@ void Statistics(std::ostringstream& out, const NonlinearRegression& r) {
                                  std::to_string(r.DOFError()) + ", total " + std::to_string(r.DOFTotal()));
 }
 
-void Residuals(std::ostringstream& out, const NonlinearRegression& regression) {
+// Where a residual lies: its x, or with several variables its observation.
+std::string Where(const std::vector<double>& x, std::size_t i, bool several) {
+  std::string text = several ? "at observation " : "at x = ";
+  text += several ? std::to_string(i + 1) : SignificantText(x[i], 8);
+  return text;
+}
+
+void Residuals(std::ostringstream& out, const RegressionObject& regression, bool several) {
   const auto tables = regression.ResultTables();
   const std::int32_t columns = tables->Count();
   if (columns < 4) return;
@@ -107,8 +114,8 @@ void Residuals(std::ostringstream& out, const NonlinearRegression& regression) {
   }
   const double n = static_cast<double>(e.size());
   auto item = [&](const char* name, const std::string& value) { out << "  " << PadRight(name, 22) << value << '\n'; };
-  item("Smallest", SignificantText(e[lo], kErrorDigits) + " at x = " + SignificantText(x[lo], 8));
-  item("Largest", SignificantText(e[hi], kErrorDigits) + " at x = " + SignificantText(x[hi], 8));
+  item("Smallest", SignificantText(e[lo], kErrorDigits) + " " + Where(x, lo, several));
+  item("Largest", SignificantText(e[hi], kErrorDigits) + " " + Where(x, hi, several));
   item("Mean", SignificantText(sum / n, kErrorDigits));
   item("Root mean square", SignificantText(std::sqrt(sum_sq / n), kErrorDigits));
   item("Signs", std::to_string(positive) + " positive, " + std::to_string(negative) + " negative, " +
@@ -136,13 +143,21 @@ std::string EndingLines(const std::string& solution_log) {
   return joined;
 }
 
-std::string FitReport(const NonlinearRegression& regression, const ReportHeading& heading) {
+std::string FitReport(const RegressionObject& regression, const ReportHeading& heading) {
   std::ostringstream out;
   out << "Tessarix " << GlobalConstants::tsxMajorVersion() << '.' << GlobalConstants::tsxMinorVersion() << '.'
       << GlobalConstants::tsxRevision() << " nonlinear regression\n\n";
   auto item = [&](const char* name, const std::string& value) { out << PadRight(name, 14) << value << '\n'; };
   item("Data", CleanText(heading.data_path));
-  std::string columns = "x = " + CleanText(heading.x_name) + ", y = " + CleanText(heading.y_name);
+  const bool several = heading.x_names.size() > 1;
+  std::string columns;
+  for (std::size_t k = 0; k < heading.x_names.size(); ++k) {
+    columns += k == 0 ? "x" : ", x";
+    if (several) columns += std::to_string(k + 1);
+    columns += " = ";
+    columns += CleanText(heading.x_names[k]);
+  }
+  columns += ", y = " + CleanText(heading.y_name);
   if (regression.IsWeighted()) {
     columns += ", weighted by the standard deviations in " + CleanText(heading.sd_name);
   } else if (!heading.sd_name.empty()) {
@@ -161,7 +176,7 @@ std::string FitReport(const NonlinearRegression& regression, const ReportHeading
   out << "\nStatistics\n";
   Statistics(out, regression);
   out << "\nResiduals\n";
-  Residuals(out, regression);
+  Residuals(out, regression, several);
   return out.str();
 }
 

@@ -4,18 +4,20 @@
 #pragma once
 
 #include <string>
-#include <tessarix/core/nonlinear_regression.hpp>
+#include <tessarix/core/regression_object.hpp>
+#include <vector>
 
 namespace tessarix::tool {
 
 struct ReportHeading {
   std::string data_path;
-  std::string x_name, y_name, sd_name;  // sd_name empty: unweighted
+  std::vector<std::string> x_names;  // one per independent variable
+  std::string y_name, sd_name;       // sd_name empty: unweighted
   std::string model_label;
 };
 
 // The report of `regression`, which must be solved.
-std::string FitReport(const NonlinearRegression& regression, const ReportHeading& heading);
+std::string FitReport(const RegressionObject& regression, const ReportHeading& heading);
 
 // The lines of the solution log that tell how the iterations ended, joined by
 // "; " (empty if the log has none).

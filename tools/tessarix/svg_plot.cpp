@@ -225,7 +225,7 @@ std::string RenderFitPlot(const FitPlotData& data) {
   svg.Text(kLeft + 40, kFitTop + 29, "observations", "");
   svg.Line(kLeft + 16, kFitTop + 43, kLeft + 36, kFitTop + 43,
            std::string("stroke=\"") + kCurveColour + "\" stroke-width=\"2\"");
-  svg.Text(kLeft + 40, kFitTop + 47, "fitted model", "");
+  svg.Text(kLeft + 40, kFitTop + 47, data.curve_label, "");
   svg.out << "</g>\n";
   svg.out << "</g>\n";
 

@@ -20,6 +20,8 @@ struct FitPlotData {
   // The fitted curve as runs of (x, y) points; a break between runs is a
   // place where the model could not be evaluated.
   std::vector<std::vector<std::pair<double, double>>> curve;
+  // The legend's words for the curve.
+  std::string curve_label = "fitted model";
 };
 
 // The whole SVG document. All texts are escaped; numbers are finite.

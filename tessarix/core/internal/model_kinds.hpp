@@ -2,6 +2,7 @@
 // and lives until the next one.
 #pragma once
 
+#include <cmath>
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -10,6 +11,7 @@
 #include "tessarix/foundation/fault.hpp"
 #include "tessarix/language/data_statistics.hpp"
 #include "tessarix/language/text_model.hpp"
+#include "tessarix/numerics/internal_failure.hpp"
 #include "tessarix/platform/checked.hpp"
 #include "tessarix/platform/variant.hpp"
 
@@ -50,13 +52,15 @@ void ReadEventDerivatives(const ExternalBuffers& buffers, bool alternative, std:
 template <class Events, class Calls>
 class ExternalKind final : public PointModel {
  public:
+  // `last_error` receives the text of failed derivatives; null: a text of
+  // the kind's own.
   ExternalKind(Events& events, std::int32_t count, bool external_derivatives, bool alternative_events,
-               std::string& last_error)
+               std::string* last_error)
       : events_(events),
         count_(count),
         external_derivatives_(external_derivatives),
         alternative_(alternative_events),
-        last_error_(last_error) {
+        last_error_(last_error != nullptr ? *last_error : private_error_) {
     const auto size = static_cast<std::size_t>(count);
     buffers_.values.assign(size, 0.0);
     buffers_.derivatives.assign(size, 0.0);
@@ -64,7 +68,16 @@ class ExternalKind final : public PointModel {
     buffers_.derivatives_alt = Variant::Array(std::vector<Variant>(size, Variant(0.0)));
   }
 
+  // Only for a host that has declared its handlers thread-safe; each copy
+  // hands the events arrays of its own.
+  std::unique_ptr<PointModel> ThreadCopy() const override {
+    return std::make_unique<ExternalKind>(events_, count_, external_derivatives_, alternative_, nullptr);
+  }
+
+  std::int32_t BlockRows() const override { return events_.EvaluateExternalBlock ? kExternalBlockRows : 1; }
+
   bool RawValue(std::span<const double> point, const double* parameters, double& y) override {
+    if (events_.EvaluateExternalBlock) return BlockValues(point, 1, parameters, &y);
     double result = 0.0;
     bool success = false;  // a handler must set it
     if (alternative_) {
@@ -79,8 +92,54 @@ class ExternalKind final : public PointModel {
     return true;
   }
 
+  bool EvaluateRows(const PointTable& points, std::int32_t first, std::int32_t count, double* parameters,
+                    const std::int32_t* ia, std::int32_t parameter_count, double* values, double* derivatives,
+                    std::int32_t stride, RowFailure& failure) override {
+    if (!events_.EvaluateExternalBlock) {
+      return PointModel::EvaluateRows(points, first, count, parameters, ia, parameter_count, values, derivatives,
+                                      stride, failure);
+    }
+    const std::span<const double> block(points.Row(first).data(),
+                                        static_cast<std::size_t>(count) * static_cast<std::size_t>(points.Width()));
+    bool ran = false;
+    const bool ok = SucceedsWithoutFault([&] { ran = BlockValues(block, count, parameters, values); });
+    if (!ok || !ran) {
+      failure = {first, false};
+      return false;
+    }
+    for (std::int32_t r = 0; r < count; ++r) {
+      if (!std::isfinite(values[r])) {
+        failure = {first + r, false};
+        return false;
+      }
+    }
+    if (ia == nullptr) return true;
+    if (external_derivatives_ && events_.DerivativeExternalBlock) {
+      if (!BlockDerivatives(block, count, parameters, derivatives, stride)) {
+        failure = {first, true};
+        return false;
+      }
+      return true;
+    }
+    for (std::int32_t r = 0; r < count; ++r) {
+      if (!NumericalDerivatives(points.Row(first + r), parameters, ia, parameter_count, derivatives + r * stride)) {
+        failure = {first + r, true};
+        return false;
+      }
+    }
+    return true;
+  }
+
   bool Derivatives(std::span<const double> point, double* parameters, const std::int32_t* ia, std::int32_t count,
                    double* dyda) override {
+    if (events_.EvaluateExternalBlock) {
+      if (external_derivatives_ && events_.DerivativeExternalBlock) {
+        if (BlockDerivatives(point, 1, parameters, dyda, count + 1)) return true;
+        last_error_ = "Numerical error occurred while calculating the derivative.";
+        return false;
+      }
+      return NumericalDerivatives(point, parameters, ia, count, dyda);
+    }
     if (!external_derivatives_) return NumericalDerivatives(point, parameters, ia, count, dyda);
     bool success = false;  // a handler must set it
     if (alternative_) {
@@ -99,12 +158,48 @@ class ExternalKind final : public PointModel {
   }
 
  private:
+  static constexpr std::int32_t kExternalBlockRows = 4096;
+
+  // The block event for `rows` points; false when the host reports failure.
+  bool BlockValues(std::span<const double> points, std::int32_t rows, const double* parameters, double* values) {
+    bool success = false;
+    InvokeHostHandler([&] {
+      events_.EvaluateExternalBlock(std::span<const double>(parameters + 1, static_cast<std::size_t>(count_)), points,
+                                    std::span<double>(values, static_cast<std::size_t>(rows)), success);
+    });
+    return success;
+  }
+
+  // The block derivatives of `rows` points into derivatives[r * stride + l],
+  // l one-based; a derivative that is not finite is a fault.
+  bool BlockDerivatives(std::span<const double> points, std::int32_t rows, const double* parameters,
+                        double* derivatives, std::int32_t stride) {
+    const auto size = static_cast<std::size_t>(rows) * static_cast<std::size_t>(count_);
+    if (block_derivatives_.size() < size) block_derivatives_.resize(size);
+    bool success = false;
+    InvokeHostHandler([&] {
+      events_.DerivativeExternalBlock(std::span<const double>(parameters + 1, static_cast<std::size_t>(count_)), points,
+                                      std::span<double>(block_derivatives_.data(), size), success);
+    });
+    if (!success) return false;
+    for (std::int32_t r = 0; r < rows; ++r) {
+      for (std::int32_t l = 1; l <= count_; ++l) {
+        derivatives[r * stride + l] = Checked(block_derivatives_[static_cast<std::size_t>(r * count_ + l - 1)]);
+      }
+    }
+    return true;
+  }
+
   Events& events_;
   std::int32_t count_;
   bool external_derivatives_;
   bool alternative_;
+  // A copy's own error text (declared before the reference that may name it):
+  // the pass writes its message over it anyway.
+  std::string private_error_;
   std::string& last_error_;
   ExternalBuffers buffers_;
+  std::vector<double> block_derivatives_;
 };
 
 }  // namespace tessarix::detail

@@ -10,6 +10,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <utility>
 #include <vector>
@@ -53,6 +54,11 @@ class PointModel {
                                                          std::vector<double>& /*estimates*/) {
     return false;
   }
+
+  // A copy for another thread of a parallel pass: it shares nothing that an
+  // evaluation writes (buffers, tables, scratch). nullptr, the default, for a
+  // kind whose evaluations must run one after the other on one thread.
+  virtual std::unique_ptr<PointModel> ThreadCopy() const { return nullptr; }
 
   // ---- the block seam ----------------------------------------------------------
   // How many rows the engine hands EvaluateRows at once. 1, the default, keeps

@@ -24,6 +24,13 @@ class PointTable {
     count_ = 0;
   }
 
+  // Hands the storage over (for one variable, the one-based column x[1..n])
+  // and leaves the table empty.
+  std::vector<double> TakeValues() {
+    count_ = 0;
+    return std::move(values_);
+  }
+
   std::int32_t Count() const { return count_; }
   std::int32_t Width() const { return width_; }
 

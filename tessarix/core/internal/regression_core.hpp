@@ -104,6 +104,10 @@ struct RegressionCore {
   std::int32_t max_unchanged_iterations = 10;
   double regression_tolerance = 1e-10;  // a percentage
   SolverMethodEnum solver_method = tsxSolverMarquardt;
+  // Extensions: threads of a pass over the data (results do not depend on
+  // them), and whether the host's per-point events may run on several.
+  std::int32_t threads = 1;
+  bool thread_safe_events = false;
 
   // Model and run state.
   bool valid = false;

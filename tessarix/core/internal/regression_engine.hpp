@@ -16,6 +16,7 @@
 #include "tessarix/core/internal/point_model.hpp"
 #include "tessarix/core/internal/point_table.hpp"
 #include "tessarix/core/internal/regression_core.hpp"
+#include "tessarix/core/internal/worker_pool.hpp"
 #include "tessarix/foundation/error_code.hpp"
 #include "tessarix/foundation/error_handler.hpp"
 #include "tessarix/models/model_catalogue.hpp"
@@ -146,11 +147,24 @@ class RegressionEngine final : public RunModel {
   RegressionHooks& Hooks() { return *hooks_; }
 
  private:
+  // Readies a parallel pass when the settings and the model allow one.
+  void PrepareThreads();
+  [[nodiscard]] bool EvaluateRowsInParallel(std::int32_t first, std::int32_t count, const std::int32_t* ia,
+                                            double* values, double* derivatives, std::int32_t stride,
+                                            RowFailure& failure);
   void AbandonDefinition(const std::string& description);
   void PublishTables(std::int32_t n, const ResultColumns& columns, bool with_deviations);
   void ReleaseWorkArrays();
 
   std::unique_ptr<RegressionHooks> hooks_;
+  // A parallel pass: the pool, a copy of the model and of the parameter
+  // values per thread beyond the first. Empty when the pass is serial.
+  std::unique_ptr<WorkerPool> pool_;
+  std::vector<std::unique_ptr<PointModel>> thread_kinds_;
+  std::vector<Vector1> thread_parameters_;
+  std::vector<RowFailure> thread_failures_;
+  std::vector<char> thread_ok_;
+  bool parallel_ = false;
 };
 
 }  // namespace tessarix::detail
