@@ -95,7 +95,8 @@ class TESSARIX_API RegressionObject {
   std::int32_t MaxUnchangedIterations() const;
   void SetMaxUnchangedIterations(std::int32_t value);
   // The run converges when the merit function falls by less than this
-  // percentage in one iteration.
+  // percentage in one iteration. The trust-region method reads it as the
+  // bound on the relative change of the parameters (see SetSolverMethod).
   double RegressionTolerance() const;
   void SetRegressionTolerance(double value);
 

@@ -79,7 +79,7 @@ class TrustRegionRun {
   double ScaledParameterNorm(const Vector1& values) const;
   double GradientCosine() const;
   bool TakeStep(double& pnorm, double& prered, double& dirder);
-  void EndLines(const TrustRegionOutcome& outcome, bool merit_zero, bool evaluation_failed);
+  void EndLines(const TrustRegionOutcome& outcome, bool merit_zero);
   void Publish(Matrix1& covar);
 
   RegressionCore& core_;
@@ -108,6 +108,7 @@ class TrustRegionRun {
   double xnorm_ = 0.0;
   std::int64_t value_passes_ = 0;
   std::int64_t derivative_passes_ = 0;
+  std::int32_t given_up_ = 0;  // accepted points left for lack of usable derivatives
 };
 
 bool TrustRegionRun::ValuePass(const Vector1& values, std::vector<double>& model, double& chisq, RowFailure& failure) {
@@ -280,7 +281,9 @@ TrustRegionOutcome TrustRegionRun::Run(Matrix1& covar) {
   bool factored = true;        // the Jacobian of best_ is factored
   bool newly_factored = true;  // ... and its gradient not yet tested
   bool accepted_any = false;
-  bool evaluation_failed = false;
+  // A trial that could not be evaluated, or a point given up, since the best
+  // point was last factored: a radius that then collapses is a stall.
+  bool failed_since_best = false;
   double last_pnorm = 0.0;  // the scaled length of the last accepted step
   ConvergenceReasonEnum reason = tsxNotRun;
   if (best_.chisq == 0.0) reason = tsxConvergedReduction;
@@ -291,16 +294,18 @@ TrustRegionOutcome TrustRegionRun::Run(Matrix1& covar) {
       if (DerivativePass(best_.values, failure) && !LostColumn()) {
         Factor();
         newly_factored = true;
+        failed_since_best = false;
       } else {
         // No derivatives at the new point, or a parameter that no longer
         // acts on the model there (a saturated exponential, say): back to
         // the point before it, whose factorisation is still at hand, with a
         // smaller radius.
         std::swap(best_, previous_);
+        ++given_up_;
         fnorm_ = std::sqrt(best_.chisq);
         xnorm_ = ScaledParameterNorm(best_.values);
         delta_ = kFailedStepShrink * std::min(delta_, last_pnorm);
-        evaluation_failed = true;
+        failed_since_best = true;
       }
       factored = true;
     }
@@ -370,7 +375,7 @@ TrustRegionOutcome TrustRegionRun::Run(Matrix1& covar) {
       } else {
         ++out.unchanged;
       }
-      evaluation_failed = !evaluated;
+      if (!evaluated) failed_since_best = true;
       model_.IterationComplete(out.iterations, best_.chisq, abort);
 
       // The tests in MINPACK's order. The merit's reductions are tested at
@@ -380,7 +385,7 @@ TrustRegionOutcome TrustRegionRun::Run(Matrix1& covar) {
       if (best_.chisq == 0.0 || settled_merit) {
         reason = tsxConvergedReduction;
       } else if (delta_ <= std::max(xtol, kEpsilon) * xnorm_) {
-        reason = evaluated ? tsxConvergedStep : tsxStalled;
+        reason = failed_since_best ? tsxStalled : tsxConvergedStep;
       } else if (abort) {
         reason = tsxIterationLimit;
         out.aborted = true;
@@ -396,21 +401,22 @@ TrustRegionOutcome TrustRegionRun::Run(Matrix1& covar) {
     if (DerivativePass(best_.values, failure) && !LostColumn()) {
       Factor();
     } else {
+      // The run ends at the point before, which is no converged point.
       std::swap(best_, previous_);
-      evaluation_failed = true;
-      core_.AppendLine("The last point reached has no usable derivatives: the point before it is kept");
+      ++given_up_;
+      reason = tsxStalled;
     }
   }
   out.reason = reason;
   out.chisq = best_.chisq;
   out.value_passes = value_passes_;
   out.derivative_passes = derivative_passes_;
-  EndLines(out, best_.chisq == 0.0, evaluation_failed);
+  EndLines(out, best_.chisq == 0.0);
   Publish(covar);
   return out;
 }
 
-void TrustRegionRun::EndLines(const TrustRegionOutcome& outcome, bool merit_zero, bool evaluation_failed) {
+void TrustRegionRun::EndLines(const TrustRegionOutcome& outcome, bool merit_zero) {
   switch (outcome.reason) {
     case tsxConvergedReduction:
       core_.AppendLine(merit_zero ? "Solution converged: the merit function is 0"
@@ -434,9 +440,12 @@ void TrustRegionRun::EndLines(const TrustRegionOutcome& outcome, bool merit_zero
       core_.AppendLine("Solution stopped at the best point found");
       break;
     default:
-      core_.AppendLine(evaluation_failed ? "Solution stalled: the model cannot be evaluated near the best point"
-                                         : "Solution stalled: no step reduces the merit function any further");
+      core_.AppendLine("Solution stalled: the model or its derivatives cannot be evaluated near the best point");
       break;
+  }
+  if (given_up_ > 0) {
+    core_.AppendLine("Points given up for lack of usable derivatives (failed, or a parameter without effect): " +
+                     IntegerText(given_up_));
   }
   core_.AppendLine("Passes over the data: " + IntegerText(outcome.value_passes) + " for values, " +
                    IntegerText(outcome.derivative_passes) + " for derivatives");
