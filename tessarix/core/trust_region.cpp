@@ -58,7 +58,7 @@ class TrustRegionRun {
  public:
   TrustRegionRun(RegressionCore& core, RunModel& model, std::int32_t n, Vector1& a, const std::vector<std::int32_t>& ia,
                  std::int32_t parameter_count)
-      : core_(core), model_(model), n_(n), rows_(n), a_(a), ia_(ia), count_(parameter_count) {
+      : core_(core), model_(model), n_(n), a_(a), ia_(ia), count_(parameter_count) {
     for (std::int32_t l = 1; l <= count_; ++l) {
       if (ia_[static_cast<std::size_t>(l)] != 0) fitted_.push_back(l);
     }
@@ -85,7 +85,6 @@ class TrustRegionRun {
   RegressionCore& core_;
   RunModel& model_;
   std::int32_t n_;
-  std::int64_t rows_;
   Vector1& a_;
   const std::vector<std::int32_t>& ia_;
   std::int32_t count_;
@@ -96,7 +95,7 @@ class TrustRegionRun {
   Point best_;
   Point previous_;  // the best point before the last accepted step
   Point trial_;
-  std::vector<double> jacobian_;  // weighted, by columns, n x nfit
+  RowFoldingQR folding_;  // the Jacobian of the point last differentiated
   PivotedQR qr_;
   SquareColumns r_;
   std::vector<double> qtf_;
@@ -136,12 +135,15 @@ bool TrustRegionRun::ValuePass(const Vector1& values, std::vector<double>& model
   return true;
 }
 
+// The Jacobian at the best point, weighted, folded row by row into its
+// triangular factor together with the weighted residuals there.
 bool TrustRegionRun::DerivativePass(const Vector1& values, RowFailure& failure) {
   for (std::int32_t l = 1; l <= count_; ++l) {
     core_.parameter_values[static_cast<std::size_t>(l)] = values[static_cast<std::size_t>(l)];
   }
   ++derivative_passes_;
-  jacobian_.resize(static_cast<std::size_t>(rows_) * static_cast<std::size_t>(nfit_));
+  folding_.Reset(nfit_);
+  std::vector<double> row(static_cast<std::size_t>(nfit_));
   MarquardtState& state = core_.marquardt;
   const std::int32_t block = model_.BlockRows();
   const std::int32_t stride = state.block_stride;
@@ -152,14 +154,16 @@ bool TrustRegionRun::DerivativePass(const Vector1& values, RowFailure& failure) 
       return false;
     }
     for (std::int32_t r = 0; r < rows; ++r) {
-      const std::int64_t i = first - 1 + r;
-      const double w = root_weights_[static_cast<std::size_t>(i)];
+      const auto i = static_cast<std::size_t>(first - 1 + r);
+      const double w = root_weights_[i];
       const double* const dyda = state.block_derivatives.data() + static_cast<std::ptrdiff_t>(r) * stride;
       for (std::int32_t k = 0; k < nfit_; ++k) {
-        jacobian_[static_cast<std::size_t>(k * rows_ + i)] = Checked(w * dyda[fitted_[static_cast<std::size_t>(k)]]);
+        row[static_cast<std::size_t>(k)] = Checked(w * dyda[fitted_[static_cast<std::size_t>(k)]]);
       }
+      folding_.AddRow(row.data(), Checked(w * Checked(best_.model[i] - core_.y[i + 1])));
     }
   }
+  folding_.Finish();
   return true;
 }
 
@@ -167,24 +171,23 @@ bool TrustRegionRun::DerivativePass(const Vector1& values, RowFailure& failure) 
 // whose column at the factored point was not zero.
 bool TrustRegionRun::LostColumn() const {
   for (std::int32_t k = 0; k < nfit_; ++k) {
-    if (qr_.column_norms[static_cast<std::size_t>(k)] == 0.0) continue;
-    const double* const column = jacobian_.data() + static_cast<std::ptrdiff_t>(k) * rows_;
-    if (std::all_of(column, column + rows_, [](double v) { return v == 0.0; })) return true;
+    if (qr_.column_norms[static_cast<std::size_t>(k)] != 0.0 && !folding_.ColumnUsed(k)) return true;
   }
   return false;
 }
 
-// QR of the Jacobian at the best point, and Q^T of its weighted residuals.
+// The pivoted factorisation of the Jacobian at the best point, from its
+// triangular factor, and Q^T of the weighted residuals.
 void TrustRegionRun::Factor() {
-  FactorPivotedQR(rows_, nfit_, jacobian_.data(), qr_);
-  ExtractR(rows_, nfit_, jacobian_.data(), qr_, r_);
-  std::vector<double> residuals(static_cast<std::size_t>(n_));
-  for (std::int32_t i = 0; i < n_; ++i) {
-    const auto ui = static_cast<std::size_t>(i);
-    residuals[ui] = Checked(root_weights_[ui] * Checked(best_.model[ui] - core_.y[ui + 1]));
+  const SquareColumns& r0 = folding_.R0();
+  std::vector<double> square(static_cast<std::size_t>(nfit_) * static_cast<std::size_t>(nfit_));
+  for (std::int32_t j = 0; j < nfit_; ++j) {
+    for (std::int32_t i = 0; i < nfit_; ++i) square[static_cast<std::size_t>(j * nfit_ + i)] = r0(i, j);
   }
-  ApplyQTranspose(rows_, nfit_, jacobian_.data(), residuals.data());
-  qtf_.assign(residuals.begin(), residuals.begin() + nfit_);
+  FactorPivotedQR(nfit_, nfit_, square.data(), qr_);
+  ExtractR(nfit_, nfit_, square.data(), qr_, r_);
+  qtf_ = folding_.Qtb();
+  ApplyQTranspose(nfit_, nfit_, square.data(), qtf_.data());
 }
 
 double TrustRegionRun::ScaledParameterNorm(const Vector1& values) const {

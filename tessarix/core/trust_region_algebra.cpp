@@ -23,6 +23,27 @@ constexpr std::int32_t kParameterIterations = 10;
 double* Column(double* a, std::int64_t m, std::int32_t j) { return a + static_cast<std::int64_t>(j) * m; }
 const double* Column(const double* a, std::int64_t m, std::int32_t j) { return a + static_cast<std::int64_t>(j) * m; }
 
+// Sums of products over the long columns of the Jacobian, in four running
+// sums so that the loop pipelines (the order is fixed, so every compiler
+// gives the same bits). Overflow is looked for in the results, not per step.
+double Dot(const double* a, const double* b, std::int64_t n) {
+  double s0 = 0.0, s1 = 0.0, s2 = 0.0, s3 = 0.0;
+  std::int64_t i = 0;
+  for (; i + 4 <= n; i += 4) {
+    s0 += a[i] * b[i];
+    s1 += a[i + 1] * b[i + 1];
+    s2 += a[i + 2] * b[i + 2];
+    s3 += a[i + 3] * b[i + 3];
+  }
+  for (; i < n; ++i) s0 += a[i] * b[i];
+  return (s0 + s1) + (s2 + s3);
+}
+
+// y += f * x.
+void Axpy(double f, const double* x, double* y, std::int64_t n) {
+  for (std::int64_t i = 0; i < n; ++i) y[i] += f * x[i];
+}
+
 // The same norm by scaling each square, for the vectors whose plain sum of
 // squares overflows or underflows.
 double ScaledNorm(const double* v, std::int64_t n) {
@@ -119,8 +140,7 @@ double ScaledLength(const std::vector<double>& diag, const std::vector<double>& 
 }  // namespace
 
 double EuclideanNorm(const double* v, std::int64_t n) {
-  double sum = 0.0;
-  for (std::int64_t i = 0; i < n; ++i) sum += v[i] * v[i];
+  const double sum = Dot(v, v, n);
   // The plain sum is exact enough unless a square overflowed or the squares
   // fell into the subnormal range.
   if (std::isfinite(sum) && sum > 1e-280) return std::sqrt(sum);
@@ -163,14 +183,13 @@ void FactorPivotedQR(std::int64_t m, std::int32_t n, double* a, PivotedQR& qr) {
       // The Householder vector that maps the column onto a multiple of e_j,
       // with the sign that avoids cancellation.
       if (v[j] < 0.0) norm = -norm;
-      for (std::int64_t i = j; i < m; ++i) v[i] = Checked(v[i] / norm);
-      v[j] = Checked(v[j] + 1.0);
+      // |v[i]| <= |norm|: no overflow here, and v[j] ends at least 1.
+      for (std::int64_t i = j; i < m; ++i) v[i] /= norm;
+      v[j] += 1.0;
       for (std::int32_t k = j + 1; k < n; ++k) {
         double* const w = Column(a, m, k);
-        double sum = 0.0;
-        for (std::int64_t i = j; i < m; ++i) sum = Checked(sum + v[i] * w[i]);
-        const double factor = CheckedDiv(sum, v[j]);
-        for (std::int64_t i = j; i < m; ++i) w[i] = Checked(w[i] - factor * v[i]);
+        const double factor = Checked(Dot(v + j, w + j, length) / v[j]);
+        Axpy(-factor, v + j, w + j, length);
         const auto uk = static_cast<std::size_t>(k);
         if (qr.rdiag[uk] != 0.0) {
           // Downdate the remaining norm; recompute it when cancellation has
@@ -187,17 +206,21 @@ void FactorPivotedQR(std::int64_t m, std::int32_t n, double* a, PivotedQR& qr) {
     }
     qr.rdiag[uj] = -norm;
   }
+  // An overflow in an update shows in R.
+  for (std::int32_t j = 0; j < n; ++j) {
+    static_cast<void>(Checked(qr.rdiag[static_cast<std::size_t>(j)]));
+    for (std::int32_t i = 0; i < j; ++i) static_cast<void>(Checked(Column(a, m, j)[i]));
+  }
 }
 
 void ApplyQTranspose(std::int64_t m, std::int32_t n, const double* a, double* b) {
   for (std::int32_t j = 0; j < n; ++j) {
     const double* const v = Column(a, m, j);
     if (v[j] == 0.0) continue;
-    double sum = 0.0;
-    for (std::int64_t i = j; i < m; ++i) sum = Checked(sum + v[i] * b[i]);
-    const double factor = -CheckedDiv(sum, v[j]);
-    for (std::int64_t i = j; i < m; ++i) b[i] = Checked(b[i] + factor * v[i]);
+    const double factor = -Checked(Dot(v + j, b + j, m - j) / v[j]);
+    Axpy(factor, v + j, b + j, m - j);
   }
+  for (std::int32_t j = 0; j < n; ++j) static_cast<void>(Checked(b[j]));
 }
 
 void ExtractR(std::int64_t m, std::int32_t n, const double* a, const PivotedQR& qr, SquareColumns& r) {
@@ -207,6 +230,60 @@ void ExtractR(std::int64_t m, std::int32_t n, const double* a, const PivotedQR& 
     for (std::int32_t i = 0; i < j; ++i) r(i, j) = column[i];
     r(j, j) = qr.rdiag[static_cast<std::size_t>(j)];
   }
+}
+
+void RowFoldingQR::Reset(std::int32_t n) {
+  n_ = n;
+  pending_ = 0;
+  r_.Resize(n);
+  qtb_.assign(static_cast<std::size_t>(n), 0.0);
+  block_.assign(static_cast<std::size_t>(n) * kFoldRows, 0.0);
+  block_rhs_.assign(kFoldRows, 0.0);
+  used_.assign(static_cast<std::size_t>(n), 0);
+}
+
+void RowFoldingQR::AddRow(const double* row, double rhs) {
+  for (std::int32_t j = 0; j < n_; ++j) {
+    const double value = row[j];
+    block_[static_cast<std::size_t>(j) * kFoldRows + static_cast<std::size_t>(pending_)] = value;
+    if (value != 0.0) used_[static_cast<std::size_t>(j)] = 1;
+  }
+  block_rhs_[static_cast<std::size_t>(pending_)] = rhs;
+  if (++pending_ == kFoldRows) Fold();
+}
+
+void RowFoldingQR::Finish() {
+  if (pending_ > 0) Fold();
+}
+
+// One reflection per column j maps (R0[j][j], block column j) onto a multiple
+// of e_j; the zeros of R0 below its diagonal stay zeros, so only row j of R0
+// and the block's rows take part.
+void RowFoldingQR::Fold() {
+  const std::int64_t rows = pending_;
+  const auto column = [this](std::int32_t j) { return block_.data() + static_cast<std::ptrdiff_t>(j) * kFoldRows; };
+  for (std::int32_t j = 0; j < n_; ++j) {
+    double* const v = column(j);
+    const double head = r_(j, j);
+    const double tail = EuclideanNorm(v, rows);
+    if (tail == 0.0) continue;  // nothing to fold into this column
+    double norm = Checked(std::hypot(head, tail));
+    if (head < 0.0) norm = -norm;
+    // The reflection's vector: (head / norm + 1, v / norm).
+    const double v0 = head / norm + 1.0;
+    for (std::int64_t i = 0; i < rows; ++i) v[i] /= norm;
+    for (std::int32_t k = j + 1; k < n_; ++k) {
+      double* const w = column(k);
+      const double factor = Checked((v0 * r_(j, k) + Dot(v, w, rows)) / v0);
+      r_(j, k) = Checked(r_(j, k) - factor * v0);
+      Axpy(-factor, v, w, rows);
+    }
+    const double factor = Checked((v0 * qtb_[static_cast<std::size_t>(j)] + Dot(v, block_rhs_.data(), rows)) / v0);
+    qtb_[static_cast<std::size_t>(j)] = Checked(qtb_[static_cast<std::size_t>(j)] - factor * v0);
+    Axpy(-factor, v, block_rhs_.data(), rows);
+    r_(j, j) = -norm;
+  }
+  pending_ = 0;
 }
 
 void LevenbergParameter(SquareColumns& r, const PivotedQR& qr, const std::vector<double>& diag,

@@ -215,12 +215,12 @@ TEST(TrustRegion, ParameterWhoseOptimumIsZero) {
     const auto p = reg.RegressionParameters();
     if (method == tsxSolverMarquardt) {
       EXPECT_EQ(reg.ConvergenceReason(), tsxStalled);
-      EXPECT_GT(std::fabs(p->Item("c")->Value()), 1e-11);
+      EXPECT_GT(std::fabs(p->Item("a")->Value() - 2.0), 1e-10);
     } else {
       EXPECT_EQ(reg.ConvergenceReason(), tsxConvergedStep);
-      EXPECT_NEAR(p->Item("a")->Value(), 2.0, 1e-12);
-      EXPECT_NEAR(p->Item("b")->Value(), 0.5, 1e-12);
-      EXPECT_NEAR(p->Item("c")->Value(), 0.0, 1e-13);
+      EXPECT_NEAR(p->Item("a")->Value(), 2.0, 1e-10);
+      EXPECT_NEAR(p->Item("b")->Value(), 0.5, 1e-10);
+      EXPECT_NEAR(p->Item("c")->Value(), 0.0, 1e-10);
       EXPECT_NEAR(p->Item("c")->StandardError(), 3.25e-4, 1e-5);
     }
   }

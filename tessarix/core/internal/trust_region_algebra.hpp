@@ -61,6 +61,42 @@ void ApplyQTranspose(std::int64_t m, std::int32_t n, const double* a, double* b)
 // R (upper triangle, diagonal included) out of a factored `a`, into r.
 void ExtractR(std::int64_t m, std::int32_t n, const double* a, const PivotedQR& qr, SquareColumns& r);
 
+// The triangular factor R0 and Q^T b of a tall matrix A (and right-hand side
+// b) handed over in blocks of rows, never held whole: each block is folded
+// into the triangle by Householder reflections of the stacked [R0; block],
+// which keeps the columnwise backward stability of Householder QR. R0 has the
+// column norms of A, so a pivoted factorisation of R0 is one of A.
+class RowFoldingQR {
+ public:
+  // Rows of at most this many go into one reflection sweep.
+  static constexpr std::int32_t kFoldRows = 128;
+
+  // Starts a matrix of n columns: R0 = 0, Q^T b = 0.
+  void Reset(std::int32_t n);
+  // The next row: its n elements and its right-hand side. Raises a
+  // RuntimeFault when the factor overflows.
+  void AddRow(const double* row, double rhs);
+  // Folds the rows still pending; afterwards R0() and Qtb() are complete.
+  void Finish();
+
+  // R0 by columns (upper triangle), and the first n elements of Q^T b.
+  const SquareColumns& R0() const noexcept { return r_; }
+  const std::vector<double>& Qtb() const noexcept { return qtb_; }
+  // Whether column j of A had an element other than 0.
+  bool ColumnUsed(std::int32_t j) const noexcept { return used_[static_cast<std::size_t>(j)] != 0; }
+
+ private:
+  void Fold();
+
+  std::int32_t n_ = 0;
+  std::int32_t pending_ = 0;
+  SquareColumns r_;
+  std::vector<double> qtb_;
+  std::vector<double> block_;  // pending rows by columns, kFoldRows per column
+  std::vector<double> block_rhs_;
+  std::vector<char> used_;
+};
+
 // Moré's Levenberg-Marquardt parameter. With R, the pivots, the positive
 // scaling `diag` (in A's column order), qtb = the first n elements of Q^T b
 // and the radius delta > 0: finds par >= 0 and x solving
