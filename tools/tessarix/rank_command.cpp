@@ -22,6 +22,7 @@ RankEntry FitOne(NonlinearRegression& regression, const CatalogueEntry& model, s
   entry.model = model;
   try {
     regression.DefineInternalModel(model.id);
+    regression.SetSolverMethod(options.method);
     if (options.max_iterations) regression.SetMaxIterations(*options.max_iterations);
     if (options.tolerance) regression.SetRegressionTolerance(*options.tolerance);
     if (sd.empty()) {
@@ -106,7 +107,8 @@ int RunRank(const RankOptions& options, std::ostream& out) {
   out << "Ranked " << models.size() << " pre-defined models on " << CleanText(options.data.path)
       << " (x = " << CleanText(data.x->Name()) << ", y = " << CleanText(data.y->Name()) << ", " << x.size()
       << " observations" << (data.sd ? ", weighted" : "") << ")\n"
-      << solved << " solved, " << models.size() - solved << " failed\n\n";
+      << solved << " solved, " << models.size() - solved << " failed, with the "
+      << (options.method == tsxSolverMarquardt ? "Marquardt" : "trust-region") << " method\n\n";
   if (solved == 0) {
     throw ToolError("no pre-defined model could be fitted to '" + CleanText(options.data.path) + "'");
   }
