@@ -250,6 +250,9 @@ bool TrustRegionRun::TakeStep(double& pnorm, double& prered, double& dirder) {
 
 TrustRegionOutcome TrustRegionRun::Run(Matrix1& covar) {
   TrustRegionOutcome out;
+  // The limit of the Marquardt method holds here too, which also bounds the
+  // square matrices of the step.
+  if (nfit_ > kMaxFittedParameters) RaiseFault(FaultKind::SubscriptOutOfRange);
   // The numerical derivatives' first step is at least 3.684e-6 times the
   // parameter's typical size: its initial estimate's magnitude, or 1.
   std::vector<double> floors(static_cast<std::size_t>(count_) + 1, 0.0);

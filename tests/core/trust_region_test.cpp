@@ -424,5 +424,32 @@ TEST(TrustRegion, WorksForEveryModelKindAndBothClasses) {
   EXPECT_NEAR(multiple.RegressionParameters()->Item("b3")->Value(), 0.3, 0.05);
 }
 
+// As many fitted parameters as the Marquardt method takes, and no more.
+TEST(TrustRegion, HoldsAHundredFittedParameters) {
+  const auto fit = [](std::int32_t count) {
+    NonlinearRegression reg;
+    reg.SetSolverMethod(tsxSolverTrustRegion);
+    std::vector<std::string> names;
+    for (std::int32_t k = 0; k < count; ++k) {
+      std::string name = std::to_string(k);
+      name.insert(name.begin(), 'p');
+      names.push_back(name);
+    }
+    test::DefineClosedForm(reg, names, [](const Vec& p, double x) { return p[static_cast<std::size_t>(x)]; });
+    Vec x, y;
+    for (std::int32_t k = 0; k < count; ++k) {
+      x.insert(x.end(), {k + 0.25, k + 0.75});
+      y.insert(y.end(), {k + 0.5, k + 1.5});
+    }
+    reg.Fit(x, y);
+    if (reg.IsSolved()) {
+      EXPECT_NEAR(reg.RegressionParameters()->Item(count)->Value(), count, 1e-9 * count);
+    }
+    return std::make_pair(reg.IsSolved(), reg.LastSolveError());
+  };
+  EXPECT_EQ(fit(100), std::make_pair(true, std::string("No errors")));
+  EXPECT_EQ(fit(101), std::make_pair(false, std::string("Solution failed")));
+}
+
 }  // namespace
 }  // namespace tessarix
