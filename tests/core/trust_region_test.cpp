@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -395,6 +397,20 @@ TEST(TrustRegion, WorksForEveryModelKindAndBothClasses) {
     EXPECT_NEAR(marquardt.RegressionParameters()->Item(j)->Value(), value, 1e-8 * std::fabs(value));
   }
   EXPECT_EQ(two.SSENorm(), one.SSENorm());
+
+  // An external model over blocks of observations, with numerical
+  // derivatives: the same fit as the text model.
+  NonlinearRegression block, text;
+  block.Events.EvaluateExternalBlock = [](std::span<const double> p, std::span<const double> x, std::span<double> v,
+                                          bool& ok) {
+    for (std::size_t i = 0; i < x.size(); ++i) v[i] = p[0] * std::exp(p[1] * x[i]);
+    ok = true;
+  };
+  block.DefineExternalModel(std::vector<std::string>{"a", "b"});
+  text.DefineUserModel("a*exp(b*x)");
+  fit(block, [&] { block.Fit(kX, kY); });
+  fit(text, [&] { text.Fit(kX, kY); });
+  EXPECT_NEAR(block.RegressionParameters()->Item(2)->Value(), text.RegressionParameters()->Item(2)->Value(), 1e-9);
 
   // A fixed parameter stays at its estimate.
   NonlinearRegression fixed;
