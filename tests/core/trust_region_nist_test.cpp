@@ -1,6 +1,6 @@
 // The trust-region method on the NIST StRD nonlinear regression problems:
 // the 26 problems of one predictor as text models with numerical
-// derivatives, and Nelson (two predictors) as an external model of the
+// derivatives, and Nelson (two predictors) as a text model of the
 // multi-variable class, each from both certified starts with the default
 // tolerances and MaxIterations 1000. The table shows the smallest log
 // relative error (digits in agreement) of the parameters and of their
@@ -100,7 +100,7 @@ Case FitText(const test::NistTextModel& problem, const test::NistProblem& data, 
   return c;
 }
 
-// Nelson: log(y) = b1 - b2*x1*exp(-b3*x2), numerical derivatives.
+// Nelson: log(y) = b1 - b2*x1*exp(-b3*x2), a text model of two variables.
 Case FitNelson(const test::NistProblem& data, std::size_t start) {
   Case c{"Nelson", start};
   const auto n = static_cast<std::int32_t>(data.x.size());
@@ -113,11 +113,7 @@ Case FitNelson(const test::NistProblem& data, std::size_t start) {
     log_y[ui] = std::log(data.y[ui]);
   }
   MultipleNonlinearRegression reg;
-  reg.Events.EvaluateExternal = [](std::vector<double>& b, std::vector<double>& v, double& y, bool& ok) {
-    y = b[0] - b[1] * v[0] * std::exp(-b[2] * v[1]);
-    ok = std::isfinite(y);
-  };
-  reg.DefineExternalModel(2, std::vector<std::string>{"b1", "b2", "b3"});
+  reg.DefineUserModel("b1-b2*x1*exp(-b3*x2)");
   SetStart(reg, data.starts[start]);
   reg.Fit(x, log_y);
   ReadResults(reg, data, c);
