@@ -52,7 +52,9 @@ bool PointModel::NumericalDerivatives(std::span<const double> point, double* par
       variable = trial;
       return Value(point, parameters, y);
     };
-    if (!ExtrapolatedDerivative(f, held, kDerivativeStepShrinkSquared, derivative_table_, dyda[l])) {
+    const double floor =
+        static_cast<std::size_t>(l) < step_floors_.size() ? step_floors_[static_cast<std::size_t>(l)] : 0.0;
+    if (!ExtrapolatedDerivative(f, held, kDerivativeStepShrinkSquared, derivative_table_, dyda[l], floor)) {
       return false;
     }
     variable = held;

@@ -60,6 +60,7 @@ void ResetCoreModel(RegressionCore& core) {
   core.parameter_count = 0;
   core.num_observations = 0;
   core.is_weighted = false;
+  core.convergence_reason = tsxNotRun;
   core.ReleaseWorkArrays();
   Vector1().swap(core.parameter_values);
 }
@@ -69,6 +70,7 @@ void ClearCoreFit(RegressionCore& core) {
   core.solved = false;
   core.num_observations = 0;
   core.is_weighted = false;
+  core.convergence_reason = tsxNotRun;
   core.solution_log.clear();
   ParameterAccess::SetSolved(core.Parameters(), false);
 }

@@ -289,4 +289,10 @@ void RegressionEngine::IterationComplete(std::int32_t iteration, double sse, boo
   hooks_->IterationComplete(iteration, sse, abort);
 }
 
+// The copies of a parallel pass differentiate as the model itself does.
+void RegressionEngine::SetDerivativeStepFloors(std::vector<double> floors) {
+  for (const std::unique_ptr<PointModel>& copy : thread_kinds_) copy->SetDerivativeStepFloors(floors);
+  if (kind != nullptr) kind->SetDerivativeStepFloors(std::move(floors));
+}
+
 }  // namespace tessarix::detail

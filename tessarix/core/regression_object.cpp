@@ -166,6 +166,16 @@ void RegressionObject::SetRegressionTolerance(double value) {
   engine_->core.regression_tolerance = value;
 }
 
+SolverMethodEnum RegressionObject::SolverMethod() const { return engine_->core.solver_method; }
+
+void RegressionObject::SetSolverMethod(SolverMethodEnum value) {
+  engine_->GuardLocked();
+  if (value != tsxSolverMarquardt && value != tsxSolverTrustRegion) RaiseLibraryError(ErrorCode::InvalidPropertyValue);
+  engine_->core.solver_method = value;
+}
+
+ConvergenceReasonEnum RegressionObject::ConvergenceReason() const { return engine_->core.convergence_reason; }
+
 // ---- threads ----------------------------------------------------------------------------------
 
 std::int32_t RegressionObject::Threads() const { return engine_->core.threads; }

@@ -96,10 +96,56 @@ class TESSARIX_API RegressionObject {
   std::int32_t MaxUnchangedIterations() const;
   void SetMaxUnchangedIterations(std::int32_t value);
   // The run converges when the merit function falls by less than this
-  // percentage in one iteration.
+  // percentage in one iteration. The trust-region method reads it as the
+  // bound on the relative change of the parameters (see SetSolverMethod).
   double RegressionTolerance() const;
   void SetRegressionTolerance(double value);
 
+  // The iteration of the fits: tsxSolverMarquardt (the default) or
+  // tsxSolverTrustRegion. The setter raises 10033 when locked and 10027 for
+  // any other value; the choice survives definitions and ClearFit.
+  //
+  // The trust-region method (MINPACK lmder's design: scaling by the
+  // Jacobian's column norms, steps from a pivoted QR factorisation of the
+  // weighted Jacobian, a trust radius adapted by the ratio of actual to
+  // predicted reduction) ends at the best point it found. It stops
+  //   - when the merit function reaches 0, or no step within the trust region
+  //     changes it beyond rounding (tsxConvergedReduction);
+  //   - when the trust radius falls below RegressionTolerance percent of the
+  //     scaled parameters: with the default, their relative change is below
+  //     1E-12 (tsxConvergedStep);
+  //   - when the residuals are orthogonal to every column of the Jacobian to
+  //     within a cosine of 1E-14 (tsxConvergedGradient);
+  //   - after MaxIterations trial steps, or when the host aborts
+  //     (tsxIterationLimit), at the best point;
+  //   - when the radius collapses because no step near the best point can be
+  //     evaluated (tsxStalled).
+  // A singular or rank-deficient Jacobian gives a least-squares step, and a
+  // step that cannot be computed or evaluated is rejected (the radius
+  // shrinks), not the end of the run; so is an accepted point where the
+  // derivatives fail or a parameter stops acting on the model. NumIterations
+  // counts trial steps (never more than MaxIterations), and
+  // NumUnchangedIterations the rejected ones since the last accepted step;
+  // MaxUnchangedIterations is not used. Numerical parameter derivatives start
+  // from a step of at least 3.684E-06 times the parameter's initial estimate
+  // (3.684E-06 for an estimate of 0), so that a parameter at or near 0 has a
+  // real derivative. The log names the method, the test that ended the run
+  // and the passes over the data. Statistics, covariance (from the QR factor
+  // of the Jacobian at the best point) and standard errors are those of the
+  // best point; a Jacobian there with a column that depends exactly on the
+  // others fails the run ("Singular matrix at the best point").
+  SolverMethodEnum SolverMethod() const;
+  void SetSolverMethod(SolverMethodEnum value);
+
+  // How the last run ended, whether or not it was solved: tsxNotRun before
+  // any run and after a definition or ClearFit; tsxFailed when the run
+  // failed (IsSolved false). With the Marquardt method a converged run
+  // (also a merit function of 0) gives tsxConvergedReduction, the
+  // unchanged-merit end tsxStalled, the iteration limit tsxIterationLimit.
+  // With either method a run that the host stopped from IterationComplete
+  // gives tsxIterationLimit (unless that iteration met a convergence test).
+  // The trust-region method gives each of the reasons as its log tells.
+  ConvergenceReasonEnum ConvergenceReason() const;
   // ---- extension: threads --------------------------------------------------------
   // The threads of a pass over the data, 1 (the default) or more. Each thread
   // evaluates the model on its share of the observations and the sums are

@@ -6,6 +6,7 @@
 
 #include "tessarix/core/internal/marquardt.hpp"
 #include "tessarix/core/internal/parameter_access.hpp"
+#include "tessarix/core/internal/trust_region.hpp"
 #include "tessarix/core/regression_parameters.hpp"
 #include "tessarix/foundation/global_constants.hpp"
 #include "tessarix/numerics/distributions.hpp"
@@ -36,6 +37,23 @@ void AppendOpening(RegressionCore& core, RunModel& model) {
   }
 }
 
+// How an iteration ended: its count of iterations (trial steps), of
+// unchanged ones at the end, and the reason.
+struct IterationEnd {
+  std::int32_t iterations = 0;
+  std::int32_t unchanged = 0;
+  ConvergenceReasonEnum reason = tsxFailed;
+};
+
+// The reason of a Marquardt run's end, in the order its log tells it. An abort
+// by the host stops the run before convergence, as the limit does.
+ConvergenceReasonEnum EndReason(bool converged, bool at_limit, bool aborted) {
+  if (converged) return tsxConvergedReduction;
+  if (at_limit) return tsxIterationLimit;
+  if (!aborted) return tsxStalled;
+  return tsxIterationLimit;
+}
+
 // Values, standard errors and t probabilities of the parameters of a run the
 // statistics accepted. `a` are the best values (not the model's current
 // values, which may be those of a last rejected trial).
@@ -64,6 +82,63 @@ void PublishParameters(RegressionCore& core, const Vector1& a, const Matrix1& co
   }
 }
 
+// The Marquardt iterations from the estimates in `a` to the end of the loop,
+// the covariance in `covar` and the log's line of how the loop ended.
+IterationEnd MarquardtIterations(RegressionCore& core, RunModel& model, std::int32_t n, Vector1& a,
+                                 const std::vector<std::int32_t>& ia, std::int32_t count, Matrix1& covar,
+                                 Matrix1& alpha, double& chisq) {
+  double lambda = -1.0;
+  MarquardtStep(core, model, n, a, ia, count, covar, alpha, chisq, lambda);
+
+  std::int16_t unchanged = 0;
+  double ochisq = chisq;
+  bool converged = false;
+  bool abort = false;
+  std::int16_t iteration = 1;
+  for (;;) {
+    if (unchanged > core.max_unchanged_iterations || iteration > core.max_iterations) break;
+    MarquardtStep(core, model, n, a, ia, count, covar, alpha, chisq, lambda);
+    model.IterationComplete(iteration, chisq, abort);
+    if (chisq == 0.0) {
+      converged = true;
+      break;
+    }
+    if (ochisq == chisq) {
+      // A rejected step restores the merit exactly.
+      IncrementCounter16(unchanged);
+    } else {
+      unchanged = 0;
+      const Num change = Num(100.0) * (Num(ochisq) - chisq) / chisq;
+      if (change < core.regression_tolerance) {
+        converged = true;
+        break;
+      }
+      ochisq = chisq;
+    }
+    if (abort) {
+      core.AppendLine("Solution process aborted");
+      break;
+    }
+    IncrementCounter16(iteration);
+  }
+
+  lambda = 0.0;
+  MarquardtStep(core, model, n, a, ia, count, covar, alpha, chisq, lambda);
+
+  const std::string tolerance = NumberText(core.regression_tolerance);
+  if (converged) {
+    core.AppendLine("Solution converged to residual change less than " + tolerance + "%");
+  } else if (iteration >= core.max_iterations) {
+    core.AppendLine("Reached iteration limit of " + IntegerText(core.max_iterations));
+    core.AppendLine("Solution failed to converge to residual change of " + tolerance + "%");
+  } else if (!abort) {
+    core.AppendLine("Merit Function unchanged during last " + IntegerText(core.max_unchanged_iterations) + " of " +
+                    IntegerText(iteration) + " iterations");
+    core.AppendLine("Solution converged to residual change of 0.0%");
+  }
+  return {iteration, unchanged, EndReason(converged, iteration >= core.max_iterations, abort)};
+}
+
 }  // namespace
 
 void SolveModel(RegressionCore& core, RunModel& model, std::int32_t n) {
@@ -72,7 +147,7 @@ void SolveModel(RegressionCore& core, RunModel& model, std::int32_t n) {
   Matrix1 covar;
   Matrix1 alpha;
   double chisq = 0.0;
-  double lambda = -1.0;
+  core.convergence_reason = tsxFailed;
   try {
     AppendOpening(core, model);
 
@@ -120,59 +195,20 @@ void SolveModel(RegressionCore& core, RunModel& model, std::int32_t n) {
                       (ia[static_cast<std::size_t>(l)] != 0 ? " (fitted)" : " (constant)"));
     }
 
-    core.AppendLine("Beginning non-linear iterations");
+    const bool trust_region = core.solver_method == tsxSolverTrustRegion;
+    core.AppendLine(trust_region ? "Beginning non-linear iterations (trust-region Levenberg-Marquardt)"
+                                 : "Beginning non-linear iterations");
     core.last_error.clear();
-    lambda = -1.0;
-    MarquardtStep(core, model, n, a, ia, count, covar, alpha, chisq, lambda);
-
-    std::int16_t unchanged = 0;
-    double ochisq = chisq;
-    bool converged = false;
-    bool abort = false;
-    std::int16_t iteration = 1;
-    for (;;) {
-      if (unchanged > core.max_unchanged_iterations || iteration > core.max_iterations) break;
-      MarquardtStep(core, model, n, a, ia, count, covar, alpha, chisq, lambda);
-      model.IterationComplete(iteration, chisq, abort);
-      if (chisq == 0.0) {
-        converged = true;
-        break;
-      }
-      if (ochisq == chisq) {
-        // A rejected step restores the merit exactly.
-        IncrementCounter16(unchanged);
-      } else {
-        unchanged = 0;
-        const Num change = Num(100.0) * (Num(ochisq) - chisq) / chisq;
-        if (change < core.regression_tolerance) {
-          converged = true;
-          break;
-        }
-        ochisq = chisq;
-      }
-      if (abort) {
-        core.AppendLine("Solution process aborted");
-        break;
-      }
-      IncrementCounter16(iteration);
-    }
-
-    lambda = 0.0;
-    MarquardtStep(core, model, n, a, ia, count, covar, alpha, chisq, lambda);
-
-    const std::string tolerance = NumberText(core.regression_tolerance);
-    if (converged) {
-      core.AppendLine("Solution converged to residual change less than " + tolerance + "%");
-    } else if (iteration >= core.max_iterations) {
-      core.AppendLine("Reached iteration limit of " + IntegerText(core.max_iterations));
-      core.AppendLine("Solution failed to converge to residual change of " + tolerance + "%");
-    } else if (!abort) {
-      core.AppendLine("Merit Function unchanged during last " + IntegerText(core.max_unchanged_iterations) + " of " +
-                      IntegerText(iteration) + " iterations");
-      core.AppendLine("Solution converged to residual change of 0.0%");
+    IterationEnd end;
+    if (trust_region) {
+      const TrustRegionOutcome outcome = RunTrustRegion(core, model, n, a, ia, count, covar);
+      end = {outcome.iterations, outcome.unchanged, outcome.reason};
+      chisq = outcome.chisq;
+    } else {
+      end = MarquardtIterations(core, model, n, a, ia, count, covar, alpha, chisq);
     }
     core.AppendLine("Final Merit Function = " + NumberText(chisq));
-    core.AppendLine("Total number of non-linear iterations = " + IntegerText(iteration));
+    core.AppendLine("Total number of non-linear iterations = " + IntegerText(end.iterations));
 
     if (!CalculateStatistics(core, model, n, fitted)) {
       core.num_observations = 0;
@@ -186,8 +222,9 @@ void SolveModel(RegressionCore& core, RunModel& model, std::int32_t n) {
 
     PublishParameters(core, a, covar, count);
     core.solved = true;
-    core.num_iterations = iteration;
-    core.num_unchanged_iterations = unchanged;
+    core.num_iterations = end.iterations;
+    core.num_unchanged_iterations = end.unchanged;
+    core.convergence_reason = end.reason;
     core.num_observations = n;
     core.AppendLine("Residual Sum of Squares = " + NumberText(core.statistics.sse));
     AppendParameterValues(core, a, false);

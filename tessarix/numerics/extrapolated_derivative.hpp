@@ -32,11 +32,19 @@ inline constexpr double kDerivativeBigError = 1e+30;
 // table whose error estimate was the smallest, and the walk stops when the
 // diagonal moves by twice that error or more. A failed evaluation or a failed
 // arithmetic step gives false at once (and no answer).
+//
+// `min_step` > 0 is a floor of the first step's size: where |v| * 3.684e-06
+// is smaller (v = 0 included), the first step is v + min_step - v (v -
+// min_step - v for negative v). 0, the default, leaves the rule above as it is.
 template <class F>
-[[nodiscard]] bool ExtrapolatedDerivative(F&& f, double v, double ratio_squared, Matrix1& table, double& answer) {
+[[nodiscard]] bool ExtrapolatedDerivative(F&& f, double v, double ratio_squared, Matrix1& table, double& answer,
+                                          double min_step = 0.0) {
   try {
     const Num variable(v);
-    const Num moved = v == 0.0 ? variable + kDerivativeStepFactor : variable + variable * kDerivativeStepFactor;
+    Num moved = v == 0.0 ? variable + kDerivativeStepFactor : variable + variable * kDerivativeStepFactor;
+    if (min_step > 0.0 && !(std::fabs(v * kDerivativeStepFactor) >= min_step)) {
+      moved = v < 0.0 ? variable - min_step : variable + min_step;
+    }
     Num h = moved - variable;
 
     double f_plus = 0.0;

@@ -4,6 +4,8 @@
 // The worst parameter's log relative error (digits in agreement) is printed
 // as a table. Nelson, the one problem with two predictors, needs the
 // multi-variable object and is not among them.
+#include "support/nist_text_models.hpp"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -17,40 +19,7 @@
 namespace tessarix {
 namespace {
 
-struct TextProblem {
-  const char* name;
-  const char* model;
-};
-
-const TextProblem kProblems[] = {
-    {"Misra1a", "b1*(1-exp(-b2*x))"},
-    {"Chwirut2", "exp(-b1*x)/(b2+b3*x)"},
-    {"Chwirut1", "exp(-b1*x)/(b2+b3*x)"},
-    {"Lanczos3", "b1*exp(-b2*x)+b3*exp(-b4*x)+b5*exp(-b6*x)"},
-    {"Gauss1", "b1*exp(-b2*x)+b3*exp(-(x-b4)^2/b5^2)+b6*exp(-(x-b7)^2/b8^2)"},
-    {"Gauss2", "b1*exp(-b2*x)+b3*exp(-(x-b4)^2/b5^2)+b6*exp(-(x-b7)^2/b8^2)"},
-    {"DanWood", "b1*x^b2"},
-    {"Misra1b", "b1*(1-(1+b2*x/2)^(-2))"},
-    {"Kirby2", "(b1+b2*x+b3*x^2)/(1+b4*x+b5*x^2)"},
-    {"Hahn1", "(b1+b2*x+b3*x^2+b4*x^3)/(1+b5*x+b6*x^2+b7*x^3)"},
-    {"MGH17", "b1+b2*exp(-x*b4)+b3*exp(-x*b5)"},
-    {"Lanczos1", "b1*exp(-b2*x)+b3*exp(-b4*x)+b5*exp(-b6*x)"},
-    {"Lanczos2", "b1*exp(-b2*x)+b3*exp(-b4*x)+b5*exp(-b6*x)"},
-    {"Gauss3", "b1*exp(-b2*x)+b3*exp(-(x-b4)^2/b5^2)+b6*exp(-(x-b7)^2/b8^2)"},
-    {"Misra1c", "b1*(1-(1+2*b2*x)^(-.5))"},
-    {"Misra1d", "b1*b2*x*((1+b2*x)^(-1))"},
-    {"Roszman1", "b1-b2*x-arctan(b3/(x-b4))/pi"},
-    {"ENSO",
-     "b1+b2*cos(2*pi*x/12)+b3*sin(2*pi*x/12)+b5*cos(2*pi*x/b4)+b6*sin(2*pi*x/b4)+b8*cos(2*pi*x/b7)+b9*sin(2*pi*x/b7)"},
-    {"MGH09", "b1*(x^2+x*b2)/(x^2+x*b3+b4)"},
-    {"Thurber", "(b1+b2*x+b3*x^2+b4*x^3)/(1+b5*x+b6*x^2+b7*x^3)"},
-    {"BoxBOD", "b1*(1-exp(-b2*x))"},
-    {"Rat42", "b1/(1+exp(b2-b3*x))"},
-    {"MGH10", "b1*exp(b2/(x+b3))"},
-    {"Eckerle4", "(b1/b2)*exp(-0.5*((x-b3)/b2)^2)"},
-    {"Rat43", "b1/((1+exp(b2-b3*x))^(1/b4))"},
-    {"Bennett5", "b1*(b2+x)^(-1/b3)"},
-};
+using TextProblem = test::NistTextModel;
 
 struct Outcome {
   bool solved = false;
@@ -87,7 +56,7 @@ Outcome FitText(const TextProblem& problem, const test::NistProblem& data, const
 TEST(TextModelFits, NistProblemsFromBothStarts) {
   std::printf("%-9s %5s %8s %8s %6s   %5s %8s %8s %6s\n", "problem", "start", "params", "rss", "iter", "start",
               "params", "rss", "iter");
-  for (const TextProblem& problem : kProblems) {
+  for (const TextProblem& problem : test::kNistTextModels) {
     const test::NistProblem data = test::ReadNistProblem(problem.name);
     ASSERT_FALSE(data.x.empty()) << problem.name;
     std::printf("%-9s", problem.name);

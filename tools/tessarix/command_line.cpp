@@ -78,14 +78,28 @@ void AddDataOptions(CLI::App& command, DataOptions& data, std::string& delimiter
       ->type_name("NAME");
 }
 
-void AddSolverOptions(CLI::App& command, std::optional<std::int32_t>& max_iterations,
-                      std::optional<double>& tolerance) {
+void AddSolverOptions(CLI::App& command, std::optional<std::int32_t>& max_iterations, std::optional<double>& tolerance,
+                      std::string& method) {
+  command
+      .add_option("--method", method,
+                  "Iteration: trust-region (Levenberg-Marquardt with a trust radius, ends at the best point) or "
+                  "marquardt (the classic iteration)")
+      ->check(CLI::IsMember({"trust-region", "marquardt"}, CLI::ignore_case))
+      ->capture_default_str();
   command.add_option("--max-iterations", max_iterations, "Iteration limit (default 250)")
       ->check(CLI::Range(1, std::numeric_limits<std::int32_t>::max()));
   command
       .add_option("--tolerance", tolerance,
-                  "Convergence: relative change of the residual sum, in percent (default 1E-10)")
+                  "Convergence in percent (default 1E-10): the relative change of the parameters with "
+                  "trust-region, of the residual sum with marquardt")
       ->check(CLI::PositiveNumber);
+}
+
+// The method named on the command line (already checked to be one of the two).
+SolverMethodEnum MethodOf(const std::string& name) {
+  std::string lower;
+  for (char c : name) lower += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  return lower == "marquardt" ? tsxSolverMarquardt : tsxSolverTrustRegion;
 }
 
 void AddResultFileOptions(CLI::App& command, ResultFileOptions& tsf) {
@@ -146,7 +160,8 @@ int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::os
   fit_command->add_option("--fix", fit.model.fixed, "Hold a parameter at its starting value (repeatable)")
       ->allow_extra_args(false)
       ->type_name("NAME");
-  AddSolverOptions(*fit_command, fit.model.max_iterations, fit.model.tolerance);
+  std::string fit_method = "trust-region";
+  AddSolverOptions(*fit_command, fit.model.max_iterations, fit.model.tolerance, fit_method);
   fit_command->add_option("--log", fit.log_path, "Save the solution log to FILE")->type_name("FILE");
   fit_command->add_option("--table", fit.table_path, "Write X, Y, predicted Y and residuals to FILE as CSV")
       ->type_name("FILE");
@@ -176,7 +191,8 @@ int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::os
       ->capture_default_str();
   rank_command->add_option("--threads", rank.threads, "Worker threads (default: one per core)")
       ->check(CLI::Range(1u, 1024u));
-  AddSolverOptions(*rank_command, rank.max_iterations, rank.tolerance);
+  std::string rank_method = "trust-region";
+  AddSolverOptions(*rank_command, rank.max_iterations, rank.tolerance, rank_method);
 
   SplineOptions spline;
   std::string spline_delimiter = "comma";
@@ -212,6 +228,7 @@ int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::os
   try {
     if (fit_command->parsed()) {
       fit.data.delimiter = DelimiterOf(fit_delimiter);
+      fit.model.method = MethodOf(fit_method);
       if (model_id_option->count() > 0) fit.model.id = model_id;
       if (!fit.model.id && model_text->count() == 0) {
         throw ToolError("fit needs a model: --model TEXT or --model-id N", kExitUsage);
@@ -231,6 +248,7 @@ int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::os
     }
     if (rank_command->parsed()) {
       rank.data.delimiter = DelimiterOf(rank_delimiter);
+      rank.method = MethodOf(rank_method);
       rank.progress = isatty(STDOUT_FILENO) == 1;
       return RunRank(rank, out);
     }

@@ -52,6 +52,7 @@ void SetUpModel(RegressionObject& regression, const ModelOptions& options) {
     Parameter(regression, name, "--fix")->SetInitialEstimateType(tsxEstimateConstant);
   }
   try {
+    regression.SetSolverMethod(options.method);
     if (options.max_iterations) regression.SetMaxIterations(*options.max_iterations);
     if (options.tolerance) regression.SetRegressionTolerance(*options.tolerance);
   } catch (const Error& e) {

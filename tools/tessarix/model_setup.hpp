@@ -19,6 +19,8 @@ struct ModelOptions {
   std::vector<std::string> fixed;                         // parameters held at their estimate
   std::optional<std::int32_t> max_iterations;
   std::optional<double> tolerance;  // percent
+  // The tool fits with the trust-region method unless told otherwise.
+  SolverMethodEnum method = tsxSolverTrustRegion;
 };
 
 // Defines the model on `regression` and applies estimates and settings.

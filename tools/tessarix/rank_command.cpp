@@ -24,6 +24,7 @@ RankEntry FitOne(Regression& regression, const CatalogueEntry& model, const Poin
   entry.model = model;
   try {
     regression.DefineInternalModel(model.id);
+    regression.SetSolverMethod(options.method);
     if (options.max_iterations) regression.SetMaxIterations(*options.max_iterations);
     if (options.tolerance) regression.SetRegressionTolerance(*options.tolerance);
     if (sd.empty()) {
@@ -148,7 +149,8 @@ int RunRank(const RankOptions& options, std::ostream& out) {
   out << "Ranked " << models.size() << " pre-defined models on " << CleanText(options.data.path)
       << " (x = " << XNames(data) << ", y = " << CleanText(data.y->Name()) << ", " << x.size() << " observations"
       << (data.sd ? ", weighted" : "") << ")\n"
-      << solved << " solved, " << models.size() - solved << " failed\n\n";
+      << solved << " solved, " << models.size() - solved << " failed, with the "
+      << (options.method == tsxSolverMarquardt ? "Marquardt" : "trust-region") << " method\n\n";
   if (solved == 0) {
     throw ToolError("no pre-defined model could be fitted to '" + CleanText(options.data.path) + "'");
   }

@@ -7,6 +7,7 @@
 #include <ostream>
 #include <span>
 #include <string>
+#include <tessarix/core/enums.hpp>
 #include <tessarix/platform/matrix.hpp>
 #include <vector>
 
@@ -21,6 +22,7 @@ struct RankOptions {
   unsigned threads = 0;  // 0: one per core
   std::optional<std::int32_t> max_iterations;
   std::optional<double> tolerance;
+  SolverMethodEnum method = tsxSolverTrustRegion;
   bool progress = false;  // show a progress line (set when stdout is a terminal)
 };
 

@@ -125,9 +125,10 @@ void Residuals(std::ostringstream& out, const RegressionObject& regression, bool
 }  // namespace
 
 std::string EndingLines(const std::string& solution_log) {
-  static constexpr std::string_view kEndings[] = {"Solution converged", "Reached iteration limit",
-                                                  "Solution failed to converge", "Merit Function unchanged",
-                                                  "Solution process aborted"};
+  static constexpr std::string_view kEndings[] = {
+      "Solution converged",       "Reached iteration limit",  "Solution failed to converge",
+      "Merit Function unchanged", "Solution process aborted", "Solution stopped at the best point",
+      "Solution stalled"};
   std::string joined;
   std::istringstream lines(solution_log);
   std::string line;
@@ -168,6 +169,7 @@ std::string FitReport(const RegressionObject& regression, const ReportHeading& h
   item("", columns);
   item("Observations", std::to_string(regression.NumObservations()));
   item("Model", heading.model_label);
+  item("Method", regression.SolverMethod() == tsxSolverMarquardt ? "Marquardt" : "trust-region Levenberg-Marquardt");
   const std::string ending = EndingLines(regression.SolutionLog());
   item("Convergence", ending.empty() ? "solved" : ending);
   item("Iterations", std::to_string(regression.NumIterations()));

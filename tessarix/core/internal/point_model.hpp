@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <memory>
 #include <span>
+#include <utility>
 #include <vector>
 
 #include "tessarix/core/internal/point_table.hpp"
@@ -79,6 +80,12 @@ class PointModel {
   // run-time fault inside it, or a value that is not finite.
   [[nodiscard]] bool Value(std::span<const double> point, const double* parameters, double& y);
 
+  // Floors of the first step of the numerical parameter derivatives, one per
+  // parameter (one-based, element 0 unused), or empty for the plain relative
+  // step of Ridders' method. The trust-region iteration sets them for its run
+  // and empties them after it.
+  void SetDerivativeStepFloors(std::vector<double> floors) { step_floors_ = std::move(floors); }
+
  protected:
   // Ridders' derivatives by each fitted parameter through Value.
   [[nodiscard]] bool NumericalDerivatives(std::span<const double> point, double* parameters, const std::int32_t* ia,
@@ -86,6 +93,7 @@ class PointModel {
 
  private:
   Matrix1 derivative_table_;
+  std::vector<double> step_floors_;
 };
 
 }  // namespace tessarix::detail

@@ -84,6 +84,9 @@ class RunModel {
   [[nodiscard]] virtual bool ObtainLeastSquaresEstimates() = 0;
   // The IterationComplete event.
   virtual void IterationComplete(std::int32_t iteration, double sse, bool& abort) = 0;
+  // Floors of the first step of the numerical parameter derivatives (one per
+  // parameter, one-based), or empty for the plain relative step.
+  virtual void SetDerivativeStepFloors(std::vector<double> floors) = 0;
   // The log banner's class name and the model line of a run.
   virtual std::string_view ClassName() const = 0;
   virtual ModelTypeEnum Type() const = 0;
@@ -100,6 +103,7 @@ struct RegressionCore {
   std::int32_t max_iterations = 250;
   std::int32_t max_unchanged_iterations = 10;
   double regression_tolerance = 1e-10;  // a percentage
+  SolverMethodEnum solver_method = tsxSolverMarquardt;
   // Extensions: threads of a pass over the data (results do not depend on
   // them), and whether the host's per-point events may run on several.
   std::int32_t threads = 1;
@@ -114,6 +118,8 @@ struct RegressionCore {
   std::int32_t num_iterations = 0;
   std::int32_t num_unchanged_iterations = 0;
   std::int32_t num_observations = 0;
+  // How the last run ended; tsxNotRun after a definition or ClearFit.
+  ConvergenceReasonEnum convergence_reason = tsxNotRun;
   std::string solution_log;
   std::string last_error;
   std::string tag;

@@ -137,6 +137,7 @@ class RegressionEngine final : public RunModel {
   void ComputeDataStatistics() override;
   bool ObtainLeastSquaresEstimates() override;
   void IterationComplete(std::int32_t iteration, double sse, bool& abort) override;
+  void SetDerivativeStepFloors(std::vector<double> floors) override;
   std::string_view ClassName() const override { return hooks_->ClassName(); }
   ModelTypeEnum Type() const override { return model.type; }
   std::string ModelText() const override { return model.model_text.empty() ? std::string() : model.model_text[0]; }

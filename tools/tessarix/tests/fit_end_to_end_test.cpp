@@ -132,6 +132,31 @@ TEST(FitCommand, Misra1aReproducesTheCertifiedValuesAndWritesItsFiles) {
   EXPECT_NE(log_text.find("Solution complete"), std::string::npos);
 }
 
+// The tool fits with the trust-region method unless told otherwise, and the
+// report says which method ran and how it ended.
+TEST(FitCommand, MethodIsTrustRegionUnlessToldOtherwise) {
+  const std::vector<std::string> common = {
+      "fit",      ExamplePath("misra1a.csv"), "--model", "b1*(1-exp(-b2*x))", "--estimate", "b1=500", "--estimate",
+      "b2=0.0001"};
+  const auto trust = RunTool(common);
+  ASSERT_EQ(trust.status, 0) << trust.err;
+  EXPECT_NE(trust.out.find("Method        trust-region Levenberg-Marquardt\n"), std::string::npos) << trust.out;
+  EXPECT_NE(trust.out.find("Convergence   Solution converged: "), std::string::npos) << trust.out;
+  std::vector<std::string> classic = common;
+  classic.insert(classic.end(), {"--method", "Marquardt"});
+  const auto marquardt = RunTool(classic);
+  ASSERT_EQ(marquardt.status, 0) << marquardt.err;
+  EXPECT_NE(marquardt.out.find("Method        Marquardt\n"), std::string::npos) << marquardt.out;
+  EXPECT_NE(marquardt.out.find("Convergence   Solution converged to residual change less than 1E-10%"),
+            std::string::npos)
+      << marquardt.out;
+  // Both reach the certified values.
+  for (const auto* run : {&trust, &marquardt}) {
+    ExpectCertified(run->out, {{"b1", 2.3894212918E+02, 2.7070075241E+00}, {"b2", 5.5015643181E-04, 7.2668688436E-06}},
+                    1.2455138894E-01, 1.0187876330E-01);
+  }
+}
+
 TEST(FitCommand, ThurberReproducesTheCertifiedValues) {
   const auto run =
       RunTool({"fit", ExamplePath("thurber.csv"), "--model", "(b1+b2*x+b3*x^2+b4*x^3)/(1+b5*x+b6*x^2+b7*x^3)",
