@@ -100,6 +100,16 @@ class TESSARIX_API MultipleNonlinearRegression : public RegressionObject {
   // The same as a Variant array of Doubles; Empty when there is no root.
   Variant CalculateRootsAlt(double YValue, const Variant& XValues, std::int32_t XIndex, double XLowerBound,
                             double XUpperBound, std::int32_t NumIntervals = 100);
+
+  // ---- extension: bands of the fitted surface: each raises 10023, then 10029 -----
+  // Half-widths of the confidence band of the fitted surface and of the band
+  // of one new observation at the point XValues (x1 first; m elements are
+  // read), as NonlinearRegression::ConfidenceBand and PredictionBand describe
+  // them. A point of fewer than m values or a Percent outside (0, 100) raises
+  // 10028; a point where the model or its derivatives cannot be evaluated
+  // 10030.
+  double ConfidenceBand(std::span<const double> XValues, double Percent = 95.0);
+  double PredictionBand(std::span<const double> XValues, double Percent = 95.0);
 };
 
 }  // namespace tessarix

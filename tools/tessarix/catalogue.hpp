@@ -11,6 +11,7 @@ struct CatalogueEntry {
   std::int32_t id = 0;
   std::string definition;   // the model language, e.g. "a*exp(b*x)"
   std::string description;  // may be empty
+  std::int32_t parameters = 0;
 };
 
 // Every pre-defined model of one variable, in ID order, from the library's own
@@ -23,5 +24,9 @@ std::vector<CatalogueEntry> FindModels(const std::vector<CatalogueEntry>& entrie
 
 // The listing of `tessarix models`: one line per entry, ID, definition, description.
 std::string ModelListing(const std::vector<CatalogueEntry>& entries);
+
+// The same as a Markdown page (`tessarix models --markdown`), which
+// docs/models.md is generated from.
+std::string ModelMarkdown(const std::vector<CatalogueEntry>& entries);
 
 }  // namespace tessarix::tool

@@ -57,6 +57,8 @@ void AddDataOptions(CLI::App& command, DataOptions& data, std::string& delimiter
       ->capture_default_str();
   command.add_option("--missing", data.missing, "Text that marks a missing value; rows holding it are left out")
       ->type_name("TEXT");
+  command.add_flag("--strict", data.strict,
+                   "Refuse a data file with rows that cannot be read (by default they are left out and reported)");
   if (!regression) {
     command.add_option("--x", data.x_column, "Column of the independent variable (default: the first)")
         ->type_name("NAME");
@@ -144,10 +146,22 @@ int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::os
   fit_command->add_option("--plot-points", fit.plot_points, "Points of the fitted curve in the plot")
       ->check(CLI::Range(2, 100000))
       ->capture_default_str();
+  fit_command
+      ->add_option(
+          "--level", fit.level,
+          "Confidence level in percent of the parameters' intervals and of the bands in report, table and plot")
+      ->check([](const std::string& text) {
+        const double level = std::strtod(text.c_str(), nullptr);
+        return level > 0.0 && level < 100.0 ? std::string() : std::string("the level lies between 0 and 100 percent");
+      })
+      ->capture_default_str();
+  fit_command->add_flag("--json", fit.json, "Print the report as JSON (with bands at the data points)");
 
   std::string word;
   CLI::App* models_command = app.add_subcommand("models", "List the pre-defined models");
   models_command->add_option("WORD", word, "Show only models whose ID, definition or description holds WORD");
+  bool markdown = false;
+  models_command->add_flag("--markdown", markdown, "Print the listing as a Markdown table (docs/models.md)");
 
   RankOptions rank;
   std::string rank_delimiter = "comma";
@@ -203,7 +217,7 @@ int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::os
     if (models_command->parsed()) {
       const auto found = FindModels(Catalogue(), word);
       if (found.empty()) throw ToolError("no pre-defined model matches '" + CleanText(word) + "'");
-      out << ModelListing(found);
+      out << (markdown ? ModelMarkdown(found) : ModelListing(found));
       return kExitOk;
     }
     if (spline_command->parsed()) {

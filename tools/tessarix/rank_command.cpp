@@ -9,6 +9,7 @@
 #include <tessarix/data/data_series.hpp>
 #include <thread>
 
+#include "row_check.hpp"
 #include "text_format.hpp"
 #include "tool_error.hpp"
 
@@ -106,7 +107,8 @@ int RunRank(const RankOptions& options, std::ostream& out) {
   out << "Ranked " << models.size() << " pre-defined models on " << CleanText(options.data.path)
       << " (x = " << CleanText(data.x->Name()) << ", y = " << CleanText(data.y->Name()) << ", " << x.size()
       << " observations" << (data.sd ? ", weighted" : "") << ")\n"
-      << solved << " solved, " << models.size() - solved << " failed\n\n";
+      << solved << " solved, " << models.size() - solved << " failed\n"
+      << SkippedRowsNote(data.skipped, options.data) << '\n';
   if (solved == 0) {
     throw ToolError("no pre-defined model could be fitted to '" + CleanText(options.data.path) + "'");
   }
