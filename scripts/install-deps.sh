@@ -3,9 +3,10 @@
 set -euo pipefail
 
 # libcli11-dev: argument parsing of the tessarix tool; libexpat1-dev: the XML
-# checks of its tests.
+# checks of its tests; clang-format, clang-tidy: the static checks of
+# scripts/test.sh.
 packages=(cmake ninja-build g++ clang libgtest-dev libbenchmark-dev pkg-config locales
-          libcli11-dev libexpat1-dev)
+          libcli11-dev libexpat1-dev clang-format clang-tidy)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")

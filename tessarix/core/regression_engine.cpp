@@ -234,10 +234,11 @@ bool RegressionEngine::EvaluateRowsInParallel(std::int32_t first, std::int32_t c
     if (parameters.size() != e.core.parameter_values.size()) parameters.resize(e.core.parameter_values.size());
     std::copy(e.core.parameter_values.begin(), e.core.parameter_values.end(), parameters.begin());
     PointModel& share_model = t == 0 ? *e.kind : *e.thread_kinds_[ut - 1];
-    e.thread_ok_[ut] = share_model.EvaluateRows(
+    const bool ok = share_model.EvaluateRows(
         e.points, j.first + begin, rows, parameters.data(), j.ia, e.core.parameter_count, j.values + begin,
         j.derivatives != nullptr ? j.derivatives + static_cast<std::ptrdiff_t>(begin) * j.stride : nullptr, j.stride,
         e.thread_failures_[ut]);
+    e.thread_ok_[ut] = ok ? 1 : 0;
   });
   for (std::size_t t = 0; t < thread_ok_.size(); ++t) {
     if (!thread_ok_[t]) {

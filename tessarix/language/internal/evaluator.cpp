@@ -26,7 +26,7 @@ inline double IntDivide(double a, double b) {
   const std::int32_t ia = RoundToInt32(a), ib = RoundToInt32(b);
   if (ib == 0) return kFailed;
   if (ia == std::numeric_limits<std::int32_t>::min() && ib == -1) return kFailed;  // overflows 32 bits
-  return static_cast<double>(ia / ib);
+  return static_cast<double>(ia / ib);  // NOLINT(bugprone-integer-division): the language's integer division
 }
 inline double Mod(double a, double b) {
   const std::int32_t ia = RoundToInt32(a), ib = RoundToInt32(b);

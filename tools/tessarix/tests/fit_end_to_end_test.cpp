@@ -102,9 +102,11 @@ TEST(FitCommand, Misra1aReproducesTheCertifiedValuesAndWritesItsFiles) {
   const test::XmlSummary plot = ParseXml(ReadFile(svg));
   ASSERT_TRUE(plot.well_formed) << plot.error;
   EXPECT_EQ(plot.root, "svg");
+  // 14 observations, 14 residuals and the legend's marker; one clip path per panel.
   EXPECT_EQ(std::count(plot.elements.begin(), plot.elements.end(), "circle"), 2 * 14 + 1);
   EXPECT_GE(std::count(plot.elements.begin(), plot.elements.end(), "polyline"), 1);
-  for (const char* label : {"pressure", "volume", "residual", "y = b1*(1-exp(-b2*x))"}) {
+  EXPECT_EQ(std::count(plot.elements.begin(), plot.elements.end(), "clipPath"), 2);
+  for (const char* label : {"pressure", "volume", "residual", "y = b1*(1-exp(-b2*x))", "0"}) {
     EXPECT_NE(std::find(plot.texts.begin(), plot.texts.end(), label), plot.texts.end()) << label;
   }
 
