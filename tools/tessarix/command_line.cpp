@@ -139,7 +139,9 @@ int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::os
       ->type_name("NAME");
   AddSolverOptions(*fit_command, fit.model.max_iterations, fit.model.tolerance);
   fit_command->add_option("--log", fit.log_path, "Save the solution log to FILE")->type_name("FILE");
-  fit_command->add_option("--table", fit.table_path, "Write X, Y, predicted Y, residuals and the bounds of both bands to FILE as CSV")
+  fit_command
+      ->add_option("--table", fit.table_path,
+                   "Write X, Y, predicted Y, residuals and the bounds of both bands to FILE as CSV")
       ->type_name("FILE");
   fit_command
       ->add_option("--plot", fit.plot_path,
