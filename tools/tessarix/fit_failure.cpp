@@ -1,6 +1,7 @@
 #include "fit_failure.hpp"
 
 #include <algorithm>
+#include <cctype>
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
@@ -57,6 +58,13 @@ std::vector<std::pair<std::string, double>> LastValues(const std::vector<std::st
   return values;
 }
 
+// Parameter names, as the library compares them: letter case ignored.
+bool SameName(const std::string& a, const std::string& b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) {
+    return std::tolower(static_cast<unsigned char>(x)) == std::tolower(static_cast<unsigned char>(y));
+  });
+}
+
 std::string OneLine(std::string text) {
   while (!text.empty() && (text.back() == '\n' || text.back() == '\r')) text.pop_back();
   std::replace_if(
@@ -65,6 +73,26 @@ std::string OneLine(std::string text) {
 }
 
 std::string Number(double value) { return SignificantText(value, 8); }
+
+// `text` in lines of at most 100 characters where the words allow, the first
+// after `first`, the others after `rest`.
+std::string Wrapped(const std::string& text, const std::string& first, const std::string& rest) {
+  constexpr std::size_t kWidth = 100;
+  std::istringstream words(text);
+  std::string out, line = first, word;
+  bool empty = true;
+  while (words >> word) {
+    if (!empty && DisplayWidth(line) + 1 + DisplayWidth(word) > kWidth) {
+      out += line + '\n';
+      line = rest;
+      empty = true;
+    }
+    if (!empty) line += ' ';
+    line += word;
+    empty = false;
+  }
+  return out + line + '\n';
+}
 
 std::vector<std::string> Hints(const FailureSummary& s, const std::string& log, std::int32_t rows,
                                const std::string& data_path) {
@@ -149,7 +177,8 @@ FailureSummary SummariseFailure(const RegressionObject& regression, const Iterat
     row.name = p->Name();
     row.start = p->InitialEstimate();
     row.fixed = p->InitialEstimateType() == tsxEstimateConstant;
-    row.estimated = std::find(estimated.begin(), estimated.end(), p->Name()) != estimated.end();
+    row.estimated = std::any_of(estimated.begin(), estimated.end(),
+                                [&](const std::string& name) { return SameName(name, row.name); });
     for (const auto& [name, value] : reached) {
       if (name == row.name) row.reached = value;
     }
@@ -166,7 +195,8 @@ FailureSummary SummariseFailure(const RegressionObject& regression, const Iterat
 
 std::string FailureReport(const FailureSummary& s, const ReportHeading& heading) {
   std::ostringstream out;
-  out << HeadingText(heading, false);
+  // Whether the deviations were usable is known only of a solved fit.
+  out << HeadingText(heading, !heading.sd_name.empty());
   auto item = [&](const char* name, const std::string& value) { out << PadRight(name, 14) << value << '\n'; };
   item("Model", heading.model_label);
   if (!s.method.empty()) item("Method", s.method);
@@ -190,7 +220,7 @@ std::string FailureReport(const FailureSummary& s, const ReportHeading& heading)
   out << "\nEnd of the solution log\n";
   for (const std::string& line : s.log_tail) out << "  " << CleanText(line) << '\n';
   out << "\nWhat to try\n";
-  for (const std::string& hint : s.hints) out << "  - " << hint << '\n';
+  for (const std::string& hint : s.hints) out << Wrapped(hint, "  - ", "    ");
   return out.str();
 }
 
@@ -200,11 +230,7 @@ namespace {
 std::string FreeName(const FailureSummary& s) {
   std::string name = "tessarix_slope";
   auto taken = [&](const std::string& n) {
-    return std::any_of(s.parameters.begin(), s.parameters.end(), [&](const auto& p) {
-      return std::equal(p.name.begin(), p.name.end(), n.begin(), n.end(), [](char a, char b) {
-        return std::tolower(static_cast<unsigned char>(a)) == std::tolower(static_cast<unsigned char>(b));
-      });
-    });
+    return std::any_of(s.parameters.begin(), s.parameters.end(), [&](const auto& p) { return SameName(p.name, n); });
   };
   while (taken(name)) name += '_';
   return name;
