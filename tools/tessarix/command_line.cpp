@@ -90,6 +90,17 @@ void AddSolverOptions(CLI::App& command, std::optional<std::int32_t>& max_iterat
       ->check(CLI::PositiveNumber);
 }
 
+void AddResultFileOptions(CLI::App& command, ResultFileOptions& tsf) {
+  command
+      .add_option("--tsf", tsf.path,
+                  "Save the data and the solution to FILE as a result file of the desktop application Tessara "
+                  "(TSF version 8.0 unless --tsf-version says otherwise)")
+      ->type_name("FILE");
+  command.add_option("--tsf-version", tsf.version, "Tessara version of the --tsf file: 8.0 or 7.1")
+      ->check(CLI::IsMember({"8.0", "7.1"}))
+      ->capture_default_str();
+}
+
 // "NAME=VALUE" of --estimate.
 std::pair<std::string, double> ParseEstimate(const std::string& text) {
   const auto equals = text.find('=');
@@ -161,11 +172,20 @@ int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::os
       ->capture_default_str();
   fit_command->add_flag("--json", fit.json, "Print the report as JSON (with bands at the data points)");
 
+  AddResultFileOptions(*fit_command, fit.tsf);
+
   std::string word;
   CLI::App* models_command = app.add_subcommand("models", "List the pre-defined models");
   models_command->add_option("WORD", word, "Show only models whose ID, definition or description holds WORD");
   bool markdown = false;
   models_command->add_flag("--markdown", markdown, "Print the listing as a Markdown table (docs/models.md)");
+
+  std::int32_t variables = 1;
+  models_command
+      ->add_option("--variables", variables,
+                   "List the models of N independent variables (x1 .. xN, for fits with several --x columns)")
+      ->check(CLI::Range(1, 50))
+      ->capture_default_str();
 
   RankOptions rank;
   std::string rank_delimiter = "comma";
@@ -194,6 +214,7 @@ int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::os
   spline_command->add_option("--plot-points", spline.plot_points, "Points of the spline in the plot")
       ->check(CLI::Range(2, 100000))
       ->capture_default_str();
+  AddResultFileOptions(*spline_command, spline.tsf);
 
   try {
     app.parse(argc, argv);
@@ -219,9 +240,9 @@ int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::os
       return RunFit(fit, out);
     }
     if (models_command->parsed()) {
-      const auto found = FindModels(Catalogue(), word);
+      const auto found = FindModels(CatalogueFor(variables), word);
       if (found.empty()) throw ToolError("no pre-defined model matches '" + CleanText(word) + "'");
-      out << (markdown ? ModelMarkdown(found) : ModelListing(found));
+      out << (markdown ? ModelMarkdown(found, variables) : ModelListing(found));
       return kExitOk;
     }
     if (spline_command->parsed()) {

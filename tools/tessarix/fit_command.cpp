@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <cmath>
 #include <optional>
+#include <sstream>
 #include <tessarix/core/error.hpp>
 #include <tessarix/data/data_collection.hpp>
 #include <tessarix/data/data_series.hpp>
 #include <tessarix/multiple/multiple_nonlinear_regression.hpp>
 #include <type_traits>
+#include <utility>
 
 #include "csv_table.hpp"
 #include "fit_failure.hpp"
@@ -245,16 +247,21 @@ int FitAndReport(Regression& regression, const FitOptions& options, const Loaded
   } else {
     out << FitReport(regression, heading, options.level);
   }
+  // The notes on written files follow the report after one empty line; the
+  // JSON document stands alone.
+  std::ostringstream quiet;
+  std::ostream& notes = options.json ? quiet : out;
+  const char* gap = "\n";
   if (!options.table_path.empty()) {
     WriteResultTable(options.table_path, *regression.ResultTables(), BandColumns(regression, bands, options.level));
-    if (!options.json) out << "\nTable written to " << CleanText(options.table_path) << '\n';
+    notes << std::exchange(gap, "") << "Table written to " << CleanText(options.table_path) << '\n';
   }
   if (!options.plot_path.empty()) {
     WriteFitPlot(options.plot_path, plot_data(heading.model_label));
-    if (!options.json) {
-      out << (options.table_path.empty() ? "\n" : "") << "Plot written to " << CleanText(options.plot_path) << '\n';
-    }
+    notes << std::exchange(gap, "") << "Plot written to " << CleanText(options.plot_path) << '\n';
   }
+  if (!options.tsf.path.empty()) notes << std::exchange(gap, "");
+  SaveResultFile(regression, options.tsf, notes);
   return kExitOk;
 }
 

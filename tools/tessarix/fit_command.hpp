@@ -1,6 +1,6 @@
 // `tessarix fit`: one model fitted to one data file, with the report on
-// standard output (as text or JSON) and the optional log, table and plot
-// files; a fit that fails is reported with how far it got.
+// standard output (as text or JSON) and the optional log, table, plot and
+// result files; a fit that fails is reported with how far it got.
 #pragma once
 
 #include <ostream>
@@ -11,6 +11,7 @@
 
 #include "data_input.hpp"
 #include "model_setup.hpp"
+#include "result_file.hpp"
 
 namespace tessarix::tool {
 
@@ -20,6 +21,7 @@ struct FitOptions {
   std::string log_path;    // --log
   std::string table_path;  // --table
   std::string plot_path;   // --plot
+  ResultFileOptions tsf;   // --tsf, --tsf-version
   int plot_points = 500;   // points of the fitted curve in the plot
   double level = 95.0;     // --level: of the confidence intervals and bands, in percent
   bool json = false;       // --json: the report as JSON
