@@ -46,7 +46,13 @@ std::optional<double> ParseNumber(const std::string& text) {
 // The values after the log's last "Last parameter values:" line, by name.
 std::vector<std::pair<std::string, double>> LastValues(const std::vector<std::string>& lines) {
   std::vector<std::pair<std::string, double>> values;
-  const auto heading = std::find(lines.rbegin(), lines.rend(), "Last parameter values:");
+  // A failure text without a line end of its own runs into the heading
+  // ("Singular matrix encountered in gaussian elimination.Last parameter values:").
+  constexpr std::string_view kHeading = "Last parameter values:";
+  const auto heading = std::find_if(lines.rbegin(), lines.rend(), [&](const std::string& line) {
+    return line.size() >= kHeading.size() &&
+           line.compare(line.size() - kHeading.size(), kHeading.size(), kHeading) == 0;
+  });
   if (heading == lines.rend()) return values;
   for (auto it = heading.base(); it != lines.end(); ++it) {
     const auto equals = it->find(" = ");

@@ -155,6 +155,15 @@ TEST(FitFailure, HintsFollowTheWayTheRunEnded) {
   EXPECT_TRUE(Has(domain.out, "THE FIT FAILED: Error evaluating the function at X = -2")) << domain.out;
   const std::string domain_hints = Hints({"fit", pole, "--model", "a*log(x)+b"});
   EXPECT_TRUE(Has(domain_hints, "check where it is defined")) << domain_hints;
+
+  // From all ones the Nelson surface is singular at once; the values reached
+  // are still read from the log, where the failure text runs into them.
+  const auto singular = RunTool({"fit", ExamplePath("nelson.csv"), "--x", "time,temperature", "--y", "log_breakdown",
+                                 "--model", "b1-b2*x1*exp(-b3*x2)", "--json"});
+  const auto doc = ParseJson(singular.out);
+  ASSERT_TRUE(doc.ok) << doc.error;
+  EXPECT_TRUE(Has(doc.value["failure"]["hints"][0].string, "(a singular matrix)"));
+  EXPECT_EQ(doc.value["failure"]["parameters"][1]["reached"].number, 1.0);
 }
 
 // The curve of the parameters a failed fit reached, where the model has values.
