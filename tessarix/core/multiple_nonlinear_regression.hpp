@@ -109,6 +109,16 @@ class TESSARIX_API MultipleNonlinearRegression : public RegressionObject {
   // than 20 independent variables raises TooManyIndependentVariables (10041)
   // for version 8.0. Version 7.1 takes any number of variables.
   void SaveTSF(const std::string& FilePath, std::int32_t MajorVersion, std::int32_t MinorVersion);
+
+  // ---- extension: bands of the fitted surface: each raises 10023, then 10029 -----
+  // Half-widths of the confidence band of the fitted surface and of the band
+  // of one new observation at the point XValues (x1 first; m elements are
+  // read), as NonlinearRegression::ConfidenceBand and PredictionBand describe
+  // them. A point of fewer than m values or a Percent outside (0, 100) raises
+  // 10028; a point where the model or its derivatives cannot be evaluated
+  // 10030.
+  double ConfidenceBand(std::span<const double> XValues, double Percent = 95.0);
+  double PredictionBand(std::span<const double> XValues, double Percent = 95.0);
 };
 
 }  // namespace tessarix

@@ -126,6 +126,23 @@ class TESSARIX_API NonlinearRegression : public RegressionObject {
   // UnsupportedTessaraVersion (10036) for another version, FileWriteError
   // (10010) when the file cannot be written.
   void SaveTSF(const std::string& FilePath, std::int32_t MajorVersion, std::int32_t MinorVersion);
+
+  // ---- extension: bands of the fitted curve: each raises 10023, then 10029 -------
+  // Half-width of the confidence band of the fitted curve at XValue, at
+  // Percent percent: t * s * sqrt(g' C g), g holding the derivatives of the
+  // model by its fitted parameters at XValue, C the covariance matrix of the
+  // fit (CalculateCovariance), s StandardError() and t the quantile of
+  // Student's t at Percent / 200 + 0.5 with DOFError() degrees of freedom (the
+  // t of CalculateCIDelta). The band is PredictValue(XValue) plus and minus
+  // this value. It is the delta method: exact for a model linear in its
+  // parameters, a first-order approximation otherwise. A Percent outside
+  // (0, 100) raises 10028; a point where the model or its derivatives cannot
+  // be evaluated 10030.
+  double ConfidenceBand(double XValue, double Percent = 95.0);
+  // The band of one new observation at XValue: t * s * sqrt(1 + g' C g). In a
+  // weighted fit it is that of an observation of average weight (the weights
+  // average 1). Raises as ConfidenceBand.
+  double PredictionBand(double XValue, double Percent = 95.0);
 };
 
 }  // namespace tessarix

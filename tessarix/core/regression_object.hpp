@@ -23,6 +23,7 @@
 #include "tessarix/foundation/error.hpp"
 #include "tessarix/foundation/export.hpp"
 #include "tessarix/language/model_definition.hpp"
+#include "tessarix/platform/matrix.hpp"
 
 namespace tessarix {
 
@@ -197,6 +198,41 @@ class TESSARIX_API RegressionObject {
   std::int32_t DOFRegression() const;
   std::int32_t DOFError() const;
   std::int32_t DOFTotal() const;
+
+  // ---- extension: criteria, correlations and report of the solved fit ------------
+  // Each raises 10023, then 10029.
+  //
+  // The information criteria rest on the Gaussian log-likelihood of the
+  // weighted residuals with the variance estimated by maximum likelihood:
+  //   -2 ln L = n * (ln(2 pi) + ln(SSENorm / n) + 1)
+  // with n = NumObservations(). In a weighted fit the weights average 1 and
+  // the term -sum(ln w) of the likelihood, which depends on the deviations
+  // alone, is left out: criteria compare models fitted to the same data with
+  // the same deviations. k counts the fitted parameters plus one for the
+  // variance (a parameter held constant does not count):
+  //   AIC  = -2 ln L + 2 k
+  //   AICc = AIC + 2 k (k + 1) / (n - k - 1)
+  //   BIC  = -2 ln L + k ln(n)
+  // A perfect fit (SSENorm 0) has no finite criterion, and AICc needs
+  // n > k + 1: both raise 10001 "General Error: Invalid procedure call or
+  // argument".
+  double AIC() const;
+  double AICc() const;
+  double BIC() const;
+  // The correlations of the parameters, one row and one column per parameter
+  // in model order: r(i, j) = C(i, j) / sqrt(C(i, i) * C(j, j)) from the
+  // covariance matrix C of the fit (CalculateCovariance), in [-1, 1], 1 on the
+  // diagonal. A parameter held constant has a row and a column of zeros, its
+  // diagonal included.
+  Matrix CorrelationMatrix() const;
+  // The report of the solved fit as text, lines ended by "\n": the model, how
+  // the solution ended, the parameters (value, standard error, t probability
+  // and the half-width of the confidence interval at Percent percent), the
+  // statistics with the information criteria, the correlations of the fitted
+  // parameters (pairs with |r| above 0.99 flagged) and a summary of the
+  // residuals. Numbers are written with the decimal separator of
+  // CurrentSeparators(). Raises 10028 for a Percent outside (0, 100).
+  std::string Report(double Percent = 95.0) const;
 
   // ---- log -------------------------------------------------------------------
   // The log of the last run, lines ended by "\r\n".

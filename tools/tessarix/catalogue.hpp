@@ -9,9 +9,10 @@ namespace tessarix::tool {
 
 struct CatalogueEntry {
   std::int32_t id = 0;
-  std::string definition;      // the model language, e.g. "a*exp(b*x)"
-  std::string description;     // may be empty
-  std::int32_t variables = 1;  // x alone, or x1 .. xn
+  std::string definition;       // the model language, e.g. "a*exp(b*x)"
+  std::string description;      // may be empty
+  std::int32_t variables = 1;   // x alone, or x1 .. xn
+  std::int32_t parameters = 0;  // a, b, c, ...
 };
 
 // Every pre-defined model of one variable, in ID order, from the library's own
@@ -29,5 +30,10 @@ std::vector<CatalogueEntry> FindModels(const std::vector<CatalogueEntry>& entrie
 
 // The listing of `tessarix models`: one line per entry, ID, definition, description.
 std::string ModelListing(const std::vector<CatalogueEntry>& entries);
+
+// The same as a Markdown page of the models of `variables` independent
+// variables (`tessarix models --markdown`), which docs/models.md is
+// generated from.
+std::string ModelMarkdown(const std::vector<CatalogueEntry>& entries, std::int32_t variables = 1);
 
 }  // namespace tessarix::tool

@@ -57,6 +57,8 @@ void AddDataOptions(CLI::App& command, DataOptions& data, std::string& delimiter
       ->capture_default_str();
   command.add_option("--missing", data.missing, "Text that marks a missing value; rows holding it are left out")
       ->type_name("TEXT");
+  command.add_flag("--strict", data.strict,
+                   "Refuse a data file with rows that cannot be read (by default they are left out and reported)");
   if (!regression) {
     command.add_option("--x", data.x_column, "Column of the independent variable (default: the first)")
         ->type_name("NAME");
@@ -163,18 +165,36 @@ int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::os
   std::string fit_method = "trust-region";
   AddSolverOptions(*fit_command, fit.model.max_iterations, fit.model.tolerance, fit_method);
   fit_command->add_option("--log", fit.log_path, "Save the solution log to FILE")->type_name("FILE");
-  fit_command->add_option("--table", fit.table_path, "Write X, Y, predicted Y and residuals to FILE as CSV")
+  fit_command
+      ->add_option("--table", fit.table_path,
+                   "Write X, Y, predicted Y, residuals and the bounds of both bands to FILE as CSV")
       ->type_name("FILE");
-  fit_command->add_option("--plot", fit.plot_path, "Draw data, fitted curve and residuals to FILE as SVG")
+  fit_command
+      ->add_option("--plot", fit.plot_path,
+                   "Draw data, fitted curve with its bands (one x) and residuals to FILE as SVG")
       ->type_name("FILE");
   fit_command->add_option("--plot-points", fit.plot_points, "Points of the fitted curve in the plot")
       ->check(CLI::Range(2, 100000))
       ->capture_default_str();
+  fit_command
+      ->add_option(
+          "--level", fit.level,
+          "Confidence level in percent of the parameters' intervals and of the bands in report, table and plot")
+      ->check([](const std::string& text) {
+        const double level = std::strtod(text.c_str(), nullptr);
+        return level > 0.0 && level < 100.0 ? std::string() : std::string("the level lies between 0 and 100 percent");
+      })
+      ->capture_default_str();
+  fit_command->add_flag("--json", fit.json, "Print the report as JSON (with bands at the data points)");
+
   AddResultFileOptions(*fit_command, fit.tsf);
 
   std::string word;
   CLI::App* models_command = app.add_subcommand("models", "List the pre-defined models");
   models_command->add_option("WORD", word, "Show only models whose ID, definition or description holds WORD");
+  bool markdown = false;
+  models_command->add_flag("--markdown", markdown, "Print the listing as a Markdown table (docs/models.md)");
+
   std::int32_t variables = 1;
   models_command
       ->add_option("--variables", variables,
@@ -239,7 +259,7 @@ int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::os
     if (models_command->parsed()) {
       const auto found = FindModels(CatalogueFor(variables), word);
       if (found.empty()) throw ToolError("no pre-defined model matches '" + CleanText(word) + "'");
-      out << ModelListing(found);
+      out << (markdown ? ModelMarkdown(found, variables) : ModelListing(found));
       return kExitOk;
     }
     if (spline_command->parsed()) {

@@ -9,6 +9,7 @@
 #include <tessarix/core/error.hpp>
 #include <tessarix/data/data_series.hpp>
 
+#include "row_check.hpp"
 #include "text_format.hpp"
 #include "tool_error.hpp"
 
@@ -135,6 +136,12 @@ LoadedData LoadData(const DataOptions& options) {
     throw ToolError("no row of the data file '" + CleanText(options.path) +
                     "' holds a number in every column (columns: " + ColumnList(*loaded.collection) +
                     "); check --delimiter and --decimal");
+  }
+  loaded.skipped = CheckRows(options, loaded.rows);
+  if (options.strict && loaded.skipped.skipped > 0) {
+    throw ToolError(std::to_string(loaded.skipped.skipped) + " row(s) of the data file '" + CleanText(options.path) +
+                    "' cannot be read (--strict):\n" + SkippedRowLines(loaded.skipped, options, 5, "  ") +
+                    "  (without --strict such rows are left out)");
   }
   if (loaded.xs.size() == 1) {
     loaded.x->SetRegressionKey("x");

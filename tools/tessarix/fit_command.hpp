@@ -1,5 +1,6 @@
 // `tessarix fit`: one model fitted to one data file, with the report on
-// standard output and the optional log, table, plot and result files.
+// standard output (as text or JSON) and the optional log, table, plot and
+// result files; a fit that fails is reported with how far it got.
 #pragma once
 
 #include <ostream>
@@ -22,6 +23,8 @@ struct FitOptions {
   std::string plot_path;   // --plot
   ResultFileOptions tsf;   // --tsf, --tsf-version
   int plot_points = 500;   // points of the fitted curve in the plot
+  double level = 95.0;     // --level: of the confidence intervals and bands, in percent
+  bool json = false;       // --json: the report as JSON
 };
 
 // The whole subcommand; returns the exit status, throws ToolError.
@@ -32,5 +35,8 @@ int RunFit(const FitOptions& options, std::ostream& out);
 // cannot be evaluated.
 std::vector<std::vector<std::pair<double, double>>> FittedCurve(NonlinearRegression& regression, double x_low,
                                                                 double x_high, int points);
+
+// `points` evenly spaced x from `x_low` to `x_high`, both included.
+std::vector<double> EvenlySpaced(double x_low, double x_high, int points);
 
 }  // namespace tessarix::tool

@@ -10,6 +10,7 @@
 #include <tessarix/multiple/multiple_nonlinear_regression.hpp>
 #include <thread>
 
+#include "row_check.hpp"
 #include "text_format.hpp"
 #include "tool_error.hpp"
 
@@ -150,7 +151,8 @@ int RunRank(const RankOptions& options, std::ostream& out) {
       << " (x = " << XNames(data) << ", y = " << CleanText(data.y->Name()) << ", " << x.size() << " observations"
       << (data.sd ? ", weighted" : "") << ")\n"
       << solved << " solved, " << models.size() - solved << " failed, with the "
-      << (options.method == tsxSolverMarquardt ? "Marquardt" : "trust-region") << " method\n\n";
+      << (options.method == tsxSolverMarquardt ? "Marquardt" : "trust-region") << " method\n"
+      << SkippedRowsNote(data.skipped, options.data) << '\n';
   if (solved == 0) {
     throw ToolError("no pre-defined model could be fitted to '" + CleanText(options.data.path) + "'");
   }

@@ -8,6 +8,7 @@
 #include <tessarix/data/data_series.hpp>
 
 #include "csv_table.hpp"
+#include "row_check.hpp"
 #include "svg_plot.hpp"
 #include "text_format.hpp"
 #include "tool_error.hpp"
@@ -189,6 +190,8 @@ int RunSpline(const SplineOptions& options, std::ostream& out) {
   }
   try {
     out << SplineReport(spline, options.data.path, data.x->Name(), data.y->Name(), options.at);
+    const std::string note = SkippedRowsNote(data.skipped, options.data);
+    if (!note.empty()) out << '\n' << note;
   } catch (const Error& e) {
     throw ToolError("the spline cannot be evaluated: " + e.Description());
   }

@@ -93,9 +93,21 @@ Range FitPanelRange(const FitPlotData& data) {
       r.Add(std::clamp(p.second, lo_limit, hi_limit));
     }
   }
+  if (!r.empty) {
+    for (const auto& run : data.bands) {
+      for (const auto& b : run) {
+        r.Add(std::clamp(b.prediction_low, lo_limit, hi_limit));
+        r.Add(std::clamp(b.prediction_high, lo_limit, hi_limit));
+      }
+    }
+  }
   if (r.empty) r.Add(0.0);
   return r;
 }
+
+// A pixel coordinate that stays printable however far off the panel a value
+// lies (the clip path hides what is outside).
+double Clamped(double pixel) { return std::clamp(pixel, -1e5, 1e5); }
 
 class SvgWriter {
  public:
@@ -142,6 +154,40 @@ void ClipPath(SvgWriter& svg, const char* id, double top, double bottom) {
           << Px(kRight - kLeft) << "\" height=\"" << Px(bottom - top) << "\"/></clipPath>\n";
 }
 
+// The confidence band as shaded areas and the prediction band as two dashed
+// lines, one piece per run of the curve.
+void DrawBands(SvgWriter& svg, const FitPlotData& data, const AxisMap& mx, const AxisMap& my) {
+  if (data.bands.empty()) return;
+  svg.out << "<g class=\"confidence-band\" clip-path=\"url(#fit-area)\" fill=\"" << kCurveColour
+          << "\" fill-opacity=\"0.16\" stroke=\"none\">\n";
+  for (const auto& run : data.bands) {
+    if (run.size() < 2) continue;
+    svg.out << "<polygon points=\"";
+    for (std::size_t i = 0; i < run.size(); ++i) {
+      svg.out << (i ? " " : "") << Px(mx(run[i].x)) << ',' << Px(Clamped(my(run[i].confidence_high)));
+    }
+    for (std::size_t i = run.size(); i-- > 0;) {
+      svg.out << ' ' << Px(mx(run[i].x)) << ',' << Px(Clamped(my(run[i].confidence_low)));
+    }
+    svg.out << "\"/>\n";
+  }
+  svg.out << "</g>\n";
+  svg.out << "<g class=\"prediction-band\" clip-path=\"url(#fit-area)\" fill=\"none\" stroke=\"" << kCurveColour
+          << "\" stroke-width=\"1\" stroke-dasharray=\"6,4\">\n";
+  for (const auto& run : data.bands) {
+    if (run.size() < 2) continue;
+    for (const bool upper : {false, true}) {
+      svg.out << "<polyline points=\"";
+      for (std::size_t i = 0; i < run.size(); ++i) {
+        const double y = upper ? run[i].prediction_high : run[i].prediction_low;
+        svg.out << (i ? " " : "") << Px(mx(run[i].x)) << ',' << Px(Clamped(my(y)));
+      }
+      svg.out << "\"/>\n";
+    }
+  }
+  svg.out << "</g>\n";
+}
+
 }  // namespace
 
 std::string RenderFitPlot(const FitPlotData& data) {
@@ -183,6 +229,7 @@ std::string RenderFitPlot(const FitPlotData& data) {
   svg.out << "<g class=\"fit-panel\">\n";
   DrawXGrid(svg, xs, mx, kFitTop, kFitBottom, false);
   DrawYAxis(svg, ys, my, kFitTop, kFitBottom);
+  DrawBands(svg, data, mx, my);
   svg.out << "<g class=\"fitted-curve\" clip-path=\"url(#fit-area)\" fill=\"none\" stroke=\"" << kCurveColour
           << "\" stroke-width=\"2\">\n";
   for (const auto& run : data.curve) {
@@ -217,16 +264,31 @@ std::string RenderFitPlot(const FitPlotData& data) {
   }
   svg.out << "</g>\n";
   // Legend, top left inside the panel.
+  const bool bands = !data.bands.empty();
+  const double legend_width = std::max(150.0, 40.0 + 7.0 * static_cast<double>(DisplayWidth(data.curve_label)));
   svg.out << "<g class=\"legend\">\n"
-          << "<rect x=\"" << Px(kLeft + 10) << "\" y=\"" << Px(kFitTop + 10)
-          << "\" width=\"150\" height=\"46\" fill=\"#fff\" fill-opacity=\"0.85\" stroke=\"#bbb\"/>\n"
+          << "<rect x=\"" << Px(kLeft + 10) << "\" y=\"" << Px(kFitTop + 10) << "\" width=\"" << Px(legend_width)
+          << "\" height=\"" << (bands ? 82 : 46) << "\" fill=\"#fff\" fill-opacity=\"0.85\" stroke=\"#bbb\"/>\n"
           << "<circle cx=\"" << Px(kLeft + 26) << "\" cy=\"" << Px(kFitTop + 25) << "\" r=\"3.5\" fill=\""
           << kPointColour << "\"/>\n";
   svg.Text(kLeft + 40, kFitTop + 29, "observations", "");
   svg.Line(kLeft + 16, kFitTop + 43, kLeft + 36, kFitTop + 43,
            std::string("stroke=\"") + kCurveColour + "\" stroke-width=\"2\"");
   svg.Text(kLeft + 40, kFitTop + 47, data.curve_label, "");
+  if (bands) {
+    svg.out << "<rect x=\"" << Px(kLeft + 16) << "\" y=\"" << Px(kFitTop + 55)
+            << "\" width=\"20\" height=\"10\" fill=\"" << kCurveColour << "\" fill-opacity=\"0.16\"/>\n";
+    svg.Text(kLeft + 40, kFitTop + 65, data.level_text + " confidence band", "");
+    svg.Line(kLeft + 16, kFitTop + 79, kLeft + 36, kFitTop + 79,
+             std::string("stroke=\"") + kCurveColour + "\" stroke-width=\"1\" stroke-dasharray=\"6,4\"");
+    svg.Text(kLeft + 40, kFitTop + 83, data.level_text + " prediction band", "");
+  }
   svg.out << "</g>\n";
+  if (data.failed) {
+    svg.Text(kRight - 12, kFitTop + 26, "THE FIT FAILED",
+             std::string("text-anchor=\"end\" font-size=\"16\" font-weight=\"bold\" fill=\"") + kCurveColour +
+                 "\" class=\"failed-note\"");
+  }
   svg.out << "</g>\n";
 
   // Lower panel: residuals as stems from the zero line.
@@ -238,6 +300,8 @@ std::string RenderFitPlot(const FitPlotData& data) {
           << kPointColour << "\">\n";
   const std::size_t nr = std::min(data.x.size(), data.residuals.size());
   for (std::size_t i = 0; i < nr; ++i) {
+    // A failed fit's last curve may not reach every observation.
+    if (!std::isfinite(data.x[i]) || !std::isfinite(data.residuals[i])) continue;
     const double px = mx(data.x[i]);
     svg.Line(px, mr(0.0), px, mr(data.residuals[i]), "stroke-width=\"1\"");
     svg.out << "<circle cx=\"" << Px(px) << "\" cy=\"" << Px(mr(data.residuals[i])) << "\" r=\"2.5\"/>\n";

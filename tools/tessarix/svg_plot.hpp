@@ -22,6 +22,15 @@ struct FitPlotData {
   std::vector<std::vector<std::pair<double, double>>> curve;
   // The legend's words for the curve.
   std::string curve_label = "fitted model";
+  // The bands around the curve as runs of points (one variable only): the
+  // confidence band is shaded, the prediction band drawn as dashed lines.
+  struct BandPoint {
+    double x, confidence_low, confidence_high, prediction_low, prediction_high;
+  };
+  std::vector<std::vector<BandPoint>> bands;
+  std::string level_text = "95%";  // for the legend: "95%"
+  // The fit failed: the curve is that of the last parameters, and the plot says so.
+  bool failed = false;
 };
 
 // The whole SVG document. All texts are escaped; numbers are finite.

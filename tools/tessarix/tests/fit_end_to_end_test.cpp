@@ -110,11 +110,12 @@ TEST(FitCommand, Misra1aReproducesTheCertifiedValuesAndWritesItsFiles) {
     EXPECT_NE(std::find(plot.texts.begin(), plot.texts.end(), label), plot.texts.end()) << label;
   }
 
-  // The table: the result columns; predicted plus residual gives Y back.
+  // The table: the result columns, then the bands; predicted plus residual
+  // gives Y back.
   std::istringstream rows(ReadFile(csv));
   std::string line;
   std::getline(rows, line);
-  EXPECT_EQ(line, "pressure,volume,Predicted volume,Residuals");
+  EXPECT_EQ(line.rfind("pressure,volume,Predicted volume,Residuals,Lower 95% confidence,", 0), 0u) << line;
   int count = 0;
   while (std::getline(rows, line)) {
     double x, y, predicted, residual;
