@@ -1,5 +1,7 @@
 #include "rank.hpp"
 
+#include <pybind11/stl.h>
+
 #include <algorithm>
 #include <atomic>
 #include <optional>

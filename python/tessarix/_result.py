@@ -131,6 +131,9 @@ class FitResult:
         self._sd = sd
         self._data = snapshot
         self._regression = regression
+        # False for an unpickled result, whose regression object holds the
+        # fitted values as constants: its queries are right, its statistics not.
+        self._fitted = regression is not None
         self._ci: Dict[float, Optional[np.ndarray]] = {}
         if snapshot["solved"]:
             self._ci[0.95] = self._confidence_deltas(0.95)
@@ -227,7 +230,7 @@ class FitResult:
         self._solved("values")
         level = float(level)
         if level not in self._ci:
-            if self._regression is None:
+            if not self._fitted:
                 raise ValueError(f"the {level:g} interval was not computed before this result was pickled; "
                                  "levels available: " + ", ".join(f"{k:g}" for k in sorted(self._ci)))
             self._ci[level] = self._confidence_deltas(level)
@@ -372,6 +375,7 @@ class FitResult:
         self._data = state["data"]
         self._ci = state["ci"]
         self._regression = None
+        self._fitted = False
 
     # ---- internals ----------------------------------------------------------------------------
     def _solved(self, key: str) -> Any:
