@@ -17,10 +17,10 @@ namespace tessarix::python {
 namespace {
 
 // The step of the central differences relative to the parameter: about
-// eps^(1/5), where the truncation error of the fourth-order formula (h^4)
+// eps^(1/3), where the truncation error of the second-order formula (h^2)
 // and the rounding error (eps/h) meet. Parameters near zero step from
 // kStepFloor so that the difference stays above rounding.
-const double kRelativeStep = std::pow(std::numeric_limits<double>::epsilon(), 0.2);
+const double kRelativeStep = std::cbrt(std::numeric_limits<double>::epsilon());
 constexpr double kStepFloor = 1e-3;
 
 bool AllFinite(const std::vector<double>& v) {
@@ -105,45 +105,47 @@ void PythonModel::CallDerivatives(const py::array_t<double>& x, std::span<const 
 bool PythonModel::FiniteDifferences(const py::array_t<double>& x, std::span<const double> parameters,
                                     std::span<double> out) {
   const std::size_t rows = out.size() / static_cast<std::size_t>(parameters_);
+  const auto width = static_cast<std::size_t>(parameters_);
   std::vector<double> trial(parameters.begin(), parameters.end());
-  std::vector<double> up1(rows), down1(rows), up2(rows), down2(rows), centre;
-  for (std::int32_t j = 0; j < parameters_; ++j) {
-    const auto col = static_cast<std::size_t>(j);
+  std::vector<double> up(rows), down(rows), centre, up2, down2;
+  const auto at = [&](std::size_t col, double value, std::vector<double>& into) {
+    into.resize(rows);
+    trial[col] = value;
+    Call(x, trial, into);
+    trial[col] = parameters[col];
+  };
+  for (std::size_t col = 0; col < width; ++col) {
     if (fixed_[col]) {
-      for (std::size_t r = 0; r < rows; ++r) out[r * static_cast<std::size_t>(parameters_) + col] = 0.0;
+      for (std::size_t r = 0; r < rows; ++r) out[r * width + col] = 0.0;
       continue;
     }
     const double p = parameters[col];
     // A step that is exactly representable as the difference of two doubles.
     const double h = (p + kRelativeStep * std::max(std::abs(p), kStepFloor)) - p;
-    const auto at = [&](double value, std::vector<double>& into) {
-      trial[col] = value;
-      Call(x, trial, into);
-    };
-    at(p + h, up1);
-    at(p - h, down1);
-    at(p + 2 * h, up2);
-    at(p - 2 * h, down2);
-    trial[col] = p;
-    const bool central = AllFinite(up1) && AllFinite(down1) && AllFinite(up2) && AllFinite(down2);
-    if (!central && centre.empty()) {
-      centre.resize(rows);
-      Call(x, trial, centre);
+    at(col, p + h, up);
+    at(col, p - h, down);
+    if (AllFinite(up) && AllFinite(down)) {
+      for (std::size_t r = 0; r < rows; ++r) out[r * width + col] = (up[r] - down[r]) / (2.0 * h);
+      continue;
     }
+    // Near the edge of the model's domain: one-sided differences of second
+    // order on the side where the model is finite.
+    if (centre.empty()) at(col, p, centre);
+    at(col, p + 2.0 * h, up2);
+    at(col, p - 2.0 * h, down2);
     for (std::size_t r = 0; r < rows; ++r) {
       double d = 0.0;
-      if (std::isfinite(up1[r]) && std::isfinite(down1[r]) && std::isfinite(up2[r]) && std::isfinite(down2[r])) {
-        d = (8.0 * (up1[r] - down1[r]) - (up2[r] - down2[r])) / (12.0 * h);
-      } else if (std::isfinite(centre[r]) && std::isfinite(up1[r]) && std::isfinite(up2[r])) {
-        // Near the edge of the model's domain: one-sided, second order.
-        d = (-3.0 * centre[r] + 4.0 * up1[r] - up2[r]) / (2.0 * h);
-      } else if (std::isfinite(centre[r]) && std::isfinite(down1[r]) && std::isfinite(down2[r])) {
-        d = (3.0 * centre[r] - 4.0 * down1[r] + down2[r]) / (2.0 * h);
+      if (std::isfinite(up[r]) && std::isfinite(down[r])) {
+        d = (up[r] - down[r]) / (2.0 * h);
+      } else if (std::isfinite(centre[r]) && std::isfinite(up[r]) && std::isfinite(up2[r])) {
+        d = (-3.0 * centre[r] + 4.0 * up[r] - up2[r]) / (2.0 * h);
+      } else if (std::isfinite(centre[r]) && std::isfinite(down[r]) && std::isfinite(down2[r])) {
+        d = (3.0 * centre[r] - 4.0 * down[r] + down2[r]) / (2.0 * h);
       } else {
         return false;
       }
       if (!std::isfinite(d)) return false;
-      out[r * static_cast<std::size_t>(parameters_) + col] = d;
+      out[r * width + col] = d;
     }
   }
   return true;

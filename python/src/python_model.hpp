@@ -7,8 +7,8 @@
 // is a float64 array of the block's points: shape (rows,) for one
 // independent variable, (rows, m) for m. The optional derivatives callable
 // has the same arguments and returns shape (rows, parameters). Without it
-// the derivatives are fourth-order central differences over the whole
-// block, four calls of f per fitted parameter.
+// the derivatives are central differences over the whole block, two calls
+// of f per fitted parameter.
 //
 // A Python exception raised by a callable fails the evaluation, stops the fit
 // at the end of its iteration and is raised again by the call that started

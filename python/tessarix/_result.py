@@ -134,9 +134,10 @@ class FitResult:
         # False for an unpickled result, whose regression object holds the
         # fitted values as constants: its queries are right, its statistics not.
         self._fitted = regression is not None
+        # Half-widths of the confidence intervals by level, computed on request
+        # (the t quantile is not cheap beside a small fit); the 95% ones are
+        # always pickled.
         self._ci: Dict[float, Optional[np.ndarray]] = {}
-        if snapshot["solved"]:
-            self._ci[0.95] = self._confidence_deltas(0.95)
 
     # ---- the fit ---------------------------------------------------------------------
     @property
@@ -356,6 +357,8 @@ class FitResult:
         return _report.html(self)
 
     def _report_ci(self) -> Optional[np.ndarray]:
+        if 0.95 not in self._ci and self._fitted and self.solved:
+            self._ci[0.95] = self._confidence_deltas(0.95)
         return self._ci.get(0.95)
 
     def _model_text(self) -> str:
@@ -363,6 +366,7 @@ class FitResult:
 
     # ---- pickling ---------------------------------------------------------------------------
     def __getstate__(self) -> Dict[str, Any]:
+        self._report_ci()
         return {"version": _STATE_VERSION, "spec": self._spec, "variables": self._variables, "x": self._x,
                 "y": self._y, "sd": self._sd, "data": self._data, "ci": self._ci}
 

@@ -78,3 +78,15 @@ def test_python_layer_mistakes():
     with pytest.raises(ValueError, match="unknown method"):
         tessarix.fit(X, Y, "a*x", method="dogleg")
     assert tessarix.fit(X, Y, "a*exp(-b*x)+c", method="Marquardt").solved
+
+
+def test_type_stubs_follow_the_module():
+    import ast
+    import pathlib
+
+    stubs = ast.parse((pathlib.Path(tessarix.__file__).parent / "__init__.pyi").read_text())
+    classes = {n.name: n for n in stubs.body if isinstance(n, ast.ClassDef)}
+    stub_codes = [a.target.id for a in classes["ErrorCode"].body if isinstance(a, ast.AnnAssign)]
+    assert stub_codes == list(tessarix.ErrorCode.__members__)
+    functions = {n.name for n in stubs.body if isinstance(n, ast.FunctionDef)}
+    assert set(tessarix.__all__) <= functions | set(classes) | {"__version__"}
