@@ -41,7 +41,6 @@ void PythonModel::Install(NonlinearRegressionEvents& events) {
                                         bool& success) { success = Values(p, x, out); };
   events.DerivativeExternalBlock = [this](std::span<const double> p, std::span<const double> x, std::span<double> out,
                                           bool& success) { success = Derivatives(p, x, out); };
-  events.IterationComplete = [this](std::int32_t, double, bool& abort) { abort = abort || has_pending_.load(); };
 }
 
 void PythonModel::Install(MultipleNonlinearRegressionEvents& events) {
@@ -49,7 +48,6 @@ void PythonModel::Install(MultipleNonlinearRegressionEvents& events) {
                                         bool& success) { success = Values(p, x, out); };
   events.DerivativeExternalBlock = [this](std::span<const double> p, std::span<const double> x, std::span<double> out,
                                           bool& success) { success = Derivatives(p, x, out); };
-  events.IterationComplete = [this](std::int32_t, double, bool& abort) { abort = abort || has_pending_.load(); };
 }
 
 // The block is copied into an array of Python's own: a callable may keep

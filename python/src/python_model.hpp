@@ -10,10 +10,10 @@
 // the derivatives are central differences over the whole block, two calls
 // of f per fitted parameter.
 //
-// A Python exception raised by a callable fails the evaluation, stops the fit
-// at the end of its iteration and is raised again by the call that started
-// it (ThrowPending), so an error in the user's code never passes for a fit
-// that did not converge.
+// A Python exception raised by a callable fails the evaluation; the owner
+// stops the fit at the end of its iteration (HasPending) and raises it again
+// (ThrowPending), so an error in the user's code never passes for a fit that
+// did not converge.
 #pragma once
 
 #include <pybind11/numpy.h>
@@ -37,8 +37,7 @@ class PythonModel {
   PythonModel(const PythonModel&) = delete;
   PythonModel& operator=(const PythonModel&) = delete;
 
-  // Connects the block events (and an IterationComplete that stops the run
-  // after a Python exception).
+  // Connects the block events.
   void Install(NonlinearRegressionEvents& events);
   void Install(MultipleNonlinearRegressionEvents& events);
 

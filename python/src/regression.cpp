@@ -24,6 +24,34 @@ Regression::Regression(std::int32_t variables) : variables_(variables) {
   } else {
     multiple_ = std::make_unique<MultipleNonlinearRegression>();
   }
+  WatchIterations();
+}
+
+void Regression::WatchIterations() {
+  const auto watch = [this](std::int32_t, double, bool& abort) {
+    if (model_ && model_->HasPending()) {
+      abort = true;
+      return;
+    }
+    // Signal handlers run on the main thread only; elsewhere this is cheap.
+    if (!interrupt_) {
+      py::gil_scoped_acquire lock;
+      if (PyErr_CheckSignals() != 0) interrupt_.emplace();
+    }
+    abort = abort || interrupt_.has_value();
+  };
+  if (single_) {
+    single_->Events.IterationComplete = watch;
+  } else {
+    multiple_->Events.IterationComplete = watch;
+  }
+}
+
+void Regression::ThrowInterrupt() {
+  if (!interrupt_) return;
+  py::error_already_set error = std::move(*interrupt_);
+  interrupt_.reset();
+  throw error;
 }
 
 RegressionObject& Regression::Object() {
@@ -56,25 +84,29 @@ auto Regression::Guarded(F&& call) -> decltype(call()) {
 
 // ---- the model ---------------------------------------------------------------------
 
-void Regression::DefineText(const std::string& text) {
-  // A later definition replaces a Python model, events and all.
+// A new definition replaces a Python model, events and all; only the watch
+// of the iterations stays.
+void Regression::ResetEvents() {
   model_.reset();
   if (single_) {
     single_->Events = {};
-    single_->DefineUserModel(text);
   } else {
     multiple_->Events = {};
+  }
+  WatchIterations();
+}
+
+void Regression::DefineText(const std::string& text) {
+  ResetEvents();
+  if (single_) {
+    single_->DefineUserModel(text);
+  } else {
     multiple_->DefineUserModel(text);
   }
 }
 
 void Regression::DefineId(std::int32_t id) {
-  model_.reset();
-  if (single_) {
-    single_->Events = {};
-  } else {
-    multiple_->Events = {};
-  }
+  ResetEvents();
   Object().DefineInternalModel(id);
 }
 
@@ -83,16 +115,14 @@ void Regression::DefineCallable(py::object function, py::object derivatives, con
   if (!derivatives.is_none() && !PyCallable_Check(derivatives.ptr())) {
     throw py::type_error("derivatives must be a callable");
   }
-  model_.reset();
+  ResetEvents();
   const std::int32_t count = CheckedCount(static_cast<py::ssize_t>(names.size()), "parameters");
   // Always with external derivatives: the block derivatives event is where
   // the model's own derivatives, or the differences over the whole block,
   // come from.
   if (single_) {
-    single_->Events = {};
     single_->DefineExternalModel(names, true);
   } else {
-    multiple_->Events = {};
     multiple_->DefineExternalModel(variables_, names, true);
   }
   model_ = std::make_shared<PythonModel>(std::move(function), std::move(derivatives), count, variables_);
@@ -131,6 +161,7 @@ void Regression::Fit(py::handle x, py::handle y, py::handle sd, bool release) {
     model_->SetFixed(std::move(fixed));
   }
   const auto run = [&](auto&& fit) {
+    interrupt_.reset();
     Guarded([&] {
       if (release) {
         py::gil_scoped_release unlock;
@@ -139,6 +170,7 @@ void Regression::Fit(py::handle x, py::handle y, py::handle sd, bool release) {
         fit();
       }
     });
+    ThrowInterrupt();
   };
   if (single_) {
     // The library reads straight from the arrays' buffers.

@@ -14,6 +14,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <tessarix/core/multiple_nonlinear_regression.hpp>
 #include <tessarix/core/nonlinear_regression.hpp>
@@ -73,6 +74,11 @@ class Regression {
   // that a callable raised meanwhile wins over the library's error.
   template <class F>
   auto Guarded(F&& call) -> decltype(call());
+  // After each iteration: stops the run for a Python exception of the model
+  // or a signal (Ctrl-C) that Python's handler turns into one.
+  void WatchIterations();
+  void ResetEvents();
+  void ThrowInterrupt();
   std::vector<double> PredictCallable(
       const pybind11::array_t<double, pybind11::array::c_style | pybind11::array::forcecast>& x, std::size_t rows);
 
@@ -80,6 +86,7 @@ class Regression {
   std::unique_ptr<NonlinearRegression> single_;
   std::unique_ptr<MultipleNonlinearRegression> multiple_;
   std::shared_ptr<PythonModel> model_;
+  std::optional<pybind11::error_already_set> interrupt_;
 };
 
 void RegisterRegression(pybind11::module_& m);
