@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
 # Sets up a fresh Debian machine (as root) and runs every test:
+#   0. Static checks: clang-format, the layout check, clang-tidy.
 #   1. Release build with g++, warnings fatal, benchmarks compiled; all tests.
 #   2. Debug build with clang, AddressSanitizer + UndefinedBehaviorSanitizer,
 #      warnings fatal; all tests again.
@@ -18,6 +19,26 @@ jobs=$(nproc 2>/dev/null || echo 2)
 
 work=${TESSARIX_CI_DIR:-$(mktemp -d)}
 echo "== build folders under $work"
+
+# ---- Static checks ---------------------------------------------------------
+# Formatting of every tracked C++ file, the shape of the tree, and clang-tidy
+# (the checks of .clang-tidy, every warning an error) over the library's
+# sources with the compile database of the Release build below.
+echo "== Static checks"
+if git rev-parse --is-inside-work-tree >/dev/null 2>&1; then
+  git ls-files -z '*.cpp' '*.hpp' | xargs -0 clang-format --dry-run -Werror
+else
+  find tessarix tests tools bench examples \( -name '*.cpp' -o -name '*.hpp' \) -print0 2>/dev/null |
+    xargs -0 clang-format --dry-run -Werror
+fi
+bash scripts/check-layout.sh
+cmake -S . -B "$work/release" -G Ninja -DCMAKE_BUILD_TYPE=Release \
+  -DCMAKE_CXX_COMPILER=g++ -DTESSARIX_WARNINGS_AS_ERRORS=ON -DTESSARIX_BUILD_BENCHMARKS=ON \
+  -DCMAKE_EXPORT_COMPILE_COMMANDS=ON >/dev/null
+find tessarix -name '*.cpp' -print0 | sort -z |
+  xargs -0 -n 1 -P "$jobs" clang-tidy -p "$work/release" --quiet --warnings-as-errors='*'
+echo "== static checks passed"
+# ---- end of the static checks ----------------------------------------------
 
 echo "== Release build (g++)"
 cmake -S . -B "$work/release" -G Ninja -DCMAKE_BUILD_TYPE=Release \

@@ -15,3 +15,5 @@
 #include "tessarix/platform/matrix.hpp"
 #include "tessarix/platform/separators.hpp"
 #include "tessarix/platform/variant.hpp"
+#include "tessarix/spline/cubic_information.hpp"
+#include "tessarix/spline/cubic_spline.hpp"

@@ -13,7 +13,7 @@ class TextKind final : public PointModel {
  public:
   TextKind(TextModel& text, const DataStatistics& words) : text_(text), words_(words) {}
   bool RawValue(std::span<const double> point, const double* parameters, double& y) override {
-    return text_.Evaluate(parameters, point[0], words_, y);
+    return text_.Evaluate(parameters, point, words_, y);
   }
 
  private:

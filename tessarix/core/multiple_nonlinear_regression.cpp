@@ -23,17 +23,15 @@ class MultipleVariableHooks final : public RegressionHooks {
   void IterationComplete(std::int32_t iteration, double sse, bool& abort) override {
     if (events_.IterationComplete) InvokeHostHandler([&] { events_.IterationComplete(iteration, sse, abort); });
   }
-  // Every variable's statistics, whether a data word names it or not (the
-  // words reach variables 1 to 9 only). The y words are the same in each;
-  // `words` keeps them with x1's.
-  void ComputeDataStatistics(const PointTable& points, const Vector1& y, std::int32_t n, DataStatistics& words,
-                             std::vector<DataStatistics>& variable_words) override {
+  // The words reach variables 1 to 9 only, but every variable's statistics
+  // are computed, as the run always has: a fault in any of them (an overflow
+  // of a standard deviation) fails the run.
+  DataStatistics ComputeDataStatistics(const PointTable& points, const Vector1& y, std::int32_t n) override {
     const std::int32_t m = points.Width();
-    variable_words.clear();
-    for (std::int32_t k = 1; k <= m; ++k) {
-      variable_words.push_back(detail::ComputeDataStatistics(points.Values().data() + (k - 1), m, y.data(), n));
+    for (std::int32_t k = kVariablesWithDataWords + 1; k <= m; ++k) {
+      static_cast<void>(detail::ComputeDataStatistics(points.Values().data() + (k - 1), m, y.data(), n));
     }
-    words = variable_words.front();
+    return ComputeTableStatistics(points.Values().data(), m, y.data(), n);
   }
   std::string PointText(std::span<const double> point) const override {
     std::string text;

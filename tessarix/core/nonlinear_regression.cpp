@@ -24,9 +24,8 @@ class SingleVariableHooks final : public RegressionHooks {
   void IterationComplete(std::int32_t iteration, double sse, bool& abort) override {
     if (events_.IterationComplete) InvokeHostHandler([&] { events_.IterationComplete(iteration, sse, abort); });
   }
-  void ComputeDataStatistics(const PointTable& points, const Vector1& y, std::int32_t n, DataStatistics& words,
-                             std::vector<DataStatistics>& /*variable_words*/) override {
-    words = detail::ComputeDataStatistics(points.Values().data(), y.data(), n);
+  DataStatistics ComputeDataStatistics(const PointTable& points, const Vector1& y, std::int32_t n) override {
+    return detail::ComputeDataStatistics(points.Values().data(), y.data(), n);
   }
   std::string PointText(std::span<const double> point) const override { return NumberText(point[0]); }
   const InternalModelEntry* FindPredefinedModel(std::int32_t model_id) const override {

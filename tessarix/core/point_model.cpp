@@ -4,6 +4,7 @@
 #include "tessarix/core/internal/point_model.hpp"
 
 #include <cmath>
+#include <cstddef>
 
 #include "tessarix/numerics/extrapolated_derivative.hpp"
 #include "tessarix/numerics/internal_failure.hpp"
@@ -68,7 +69,8 @@ bool PointModel::EvaluateRows(const PointTable& points, std::int32_t first, std:
       failure = {first + r, false};
       return false;
     }
-    if (ia != nullptr && !Derivatives(point, parameters, ia, parameter_count, derivatives + r * stride)) {
+    if (ia != nullptr &&
+        !Derivatives(point, parameters, ia, parameter_count, derivatives + static_cast<std::ptrdiff_t>(r) * stride)) {
       failure = {first + r, true};
       return false;
     }

@@ -73,8 +73,12 @@ void RegressionEngine::DefineText(const tessarix::ModelDefinition& definition, I
                                   const std::function<std::unique_ptr<PointModel>()>& make_kind) {
   RunDefinition(
       [&] {
-        const std::vector<std::string> names = model.text.Define(definition, locale, CurrentSeparators(),
-                                                                 model.definition_english, model.definition_local);
+        // The multi-variable class reads x1..xm; the number of variables
+        // comes from the text.
+        const std::int32_t mode = hooks_->SeveralVariables() ? 1 : 0;
+        const std::vector<std::string> names = model.text.Define(
+            definition, locale, CurrentSeparators(), model.definition_english, model.definition_local, mode);
+        variables = model.text.IndependentVariables();
         InstallModel(names, make_kind());
       },
       LibraryErrors::PassThrough);
@@ -230,10 +234,11 @@ bool RegressionEngine::EvaluateRowsInParallel(std::int32_t first, std::int32_t c
     if (parameters.size() != e.core.parameter_values.size()) parameters.resize(e.core.parameter_values.size());
     std::copy(e.core.parameter_values.begin(), e.core.parameter_values.end(), parameters.begin());
     PointModel& share_model = t == 0 ? *e.kind : *e.thread_kinds_[ut - 1];
-    e.thread_ok_[ut] = share_model.EvaluateRows(
+    const bool ok = share_model.EvaluateRows(
         e.points, j.first + begin, rows, parameters.data(), j.ia, e.core.parameter_count, j.values + begin,
         j.derivatives != nullptr ? j.derivatives + static_cast<std::ptrdiff_t>(begin) * j.stride : nullptr, j.stride,
         e.thread_failures_[ut]);
+    e.thread_ok_[ut] = ok ? 1 : 0;
   });
   for (std::size_t t = 0; t < thread_ok_.size(); ++t) {
     if (!thread_ok_[t]) {
@@ -258,7 +263,7 @@ bool RegressionEngine::EvaluateRows(std::int32_t first, std::int32_t count, cons
 std::string RegressionEngine::PointText(std::int32_t i) const { return hooks_->PointText(points.Row(i)); }
 
 void RegressionEngine::ComputeDataStatistics() {
-  hooks_->ComputeDataStatistics(points, core.y, points.Count(), core.data_statistics, core.variable_statistics);
+  core.data_statistics = hooks_->ComputeDataStatistics(points, core.y, points.Count());
 }
 
 bool RegressionEngine::ObtainLeastSquaresEstimates() {

@@ -71,7 +71,7 @@ std::string PrepareFile(const std::string& path, std::string& temp_path) {
   temp_path.clear();
   if (!ProbeBareLineFeeds(path)) return path;
   // A copy with carriage-return line ends; the file itself is never altered.
-  const std::string temp = MakeTempFileName("tsx");
+  std::string temp = MakeTempFileName("tsx");  // not const: returned by move
   if (temp.empty()) RaiseLibraryError(ErrorCode::NoTemporaryFileName);
   if (!WriteNormalisedCopy(path, temp)) {
     std::remove(temp.c_str());

@@ -1,7 +1,9 @@
 #include "tessarix/language/data_statistics.hpp"
 
+#include <algorithm>
 #include <cmath>
 
+#include "tessarix/foundation/fault.hpp"
 #include "tessarix/platform/checked.hpp"
 
 namespace tessarix::detail {
@@ -38,6 +40,44 @@ double DataStatistics::Lookup(DataWord word) const {
       return std::fabs(Checked(ymax - ymin));
   }
   return 0.0;
+}
+
+double DataStatistics::Lookup(DataWord word, std::int32_t variable) const {
+  if (variable == 0) return Lookup(word);
+  switch (word) {
+    case DataWord::YMin:
+    case DataWord::YMax:
+    case DataWord::YMean:
+    case DataWord::YStd:
+    case DataWord::YRange:
+      return Lookup(word);
+    default:
+      break;
+  }
+  if (variable < 1 || variable > variable_count) RaiseFault(FaultKind::SubscriptOutOfRange);
+  const VariableStatistics& v = variables[static_cast<std::size_t>(variable - 1)];
+  switch (word) {
+    case DataWord::XMin:
+      return v.min;
+    case DataWord::XMax:
+      return v.max;
+    case DataWord::XMean:
+      return v.mean;
+    case DataWord::XStd:
+      return v.std;
+    case DataWord::XAtYMin:
+      return v.at_ymin;
+    case DataWord::XAtYMax:
+      return v.at_ymax;
+    case DataWord::YAtXMin:
+      return v.y_at_min;
+    case DataWord::YAtXMax:
+      return v.y_at_max;
+    case DataWord::XRange:
+      return std::fabs(Checked(v.max - v.min));
+    default:
+      return 0.0;
+  }
 }
 
 namespace {
@@ -83,6 +123,25 @@ DataStatistics ComputeDataStatistics(const double* x, std::ptrdiff_t x_stride, c
   s.yatxmax = y[ixmax];
   MeanAndStd(x, x_stride, n, s.xmean, s.xstd);
   MeanAndStd(y, 1, n, s.ymean, s.ystd);
+  return s;
+}
+
+DataStatistics ComputeTableStatistics(const double* points, std::int32_t variables, const double* y, std::int32_t n) {
+  if (variables < 1) return DataStatistics();
+  DataStatistics s = ComputeDataStatistics(points, variables, y, n);
+  s.variable_count = std::min(variables, kVariablesWithDataWords);
+  for (std::int32_t k = 1; k <= s.variable_count; ++k) {
+    const DataStatistics one = k == 1 ? s : ComputeDataStatistics(points + (k - 1), variables, y, n);
+    VariableStatistics& v = s.variables[static_cast<std::size_t>(k - 1)];
+    v.min = one.xmin;
+    v.max = one.xmax;
+    v.mean = one.xmean;
+    v.std = one.xstd;
+    v.at_ymin = one.xatymin;
+    v.at_ymax = one.xatymax;
+    v.y_at_min = one.yatxmin;
+    v.y_at_max = one.yatxmax;
+  }
   return s;
 }
 

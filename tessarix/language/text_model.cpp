@@ -1,6 +1,7 @@
 #include "tessarix/language/text_model.hpp"
 
 #include "tessarix/language/internal/compiler.hpp"
+#include "tessarix/language/internal/compiler_state.hpp"
 #include "tessarix/language/internal/evaluator.hpp"
 #include "tessarix/language/internal/model_program.hpp"
 #include "tessarix/language/internal/user_model.hpp"
@@ -8,22 +9,35 @@
 namespace tessarix::detail {
 
 struct TextModelState {
+  CompilerState compiler;
   ModelProgram program;
   EvaluationScratch scratch;
+  std::int32_t variables = 0;
 };
 
 TextModel::TextModel() : state_(std::make_unique<TextModelState>()) {}
 TextModel::~TextModel() = default;
 
-void TextModel::ResetFlags() { ResetLanguageFlags(state_->program); }
+void TextModel::ResetFlags() { ResetLanguageFlags(state_->compiler); }
 
 std::vector<std::string> TextModel::Define(const tessarix::ModelDefinition& definition, InputLocaleEnum locale,
                                            const SystemSeparators& separators, tessarix::ModelDefinition& english,
-                                           tessarix::ModelDefinition& local) {
-  PrepareDefinition(state_->program, definition, locale, separators, english, local);
-  std::vector<std::string> names = CompileUserModel(state_->program, separators);
-  PrepareScratch(state_->program, state_->scratch);
-  return names;
+                                           tessarix::ModelDefinition& local, std::int32_t independent_variables) {
+  TextModelState& s = *state_;
+  s.variables = 0;
+  s.compiler.several_variables = independent_variables >= 1;
+  PrepareDefinition(s.compiler, definition, locale, separators, english, local);
+  CompiledModel model = CompileUserModel(s.compiler, s.program, separators);
+  PrepareScratch(s.program, s.scratch);
+  s.variables = model.variables;
+  return std::move(model.parameters);
+}
+
+std::int32_t TextModel::IndependentVariables() const noexcept { return state_->variables; }
+
+bool TextModel::Evaluate(const double* parameters, std::span<const double> point, const DataStatistics& words,
+                         double& y) noexcept {
+  return EvaluateProgram(state_->program, state_->scratch, parameters, point, words, y);
 }
 
 bool TextModel::Evaluate(const double* parameters, double x, const DataStatistics& words, double& y) noexcept {

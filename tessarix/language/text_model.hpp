@@ -8,7 +8,9 @@
 // private to the language; this class is their one door.
 #pragma once
 
+#include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -34,22 +36,42 @@ class TextModel {
 
   // Prepares the definition (English and local forms into `english` and
   // `local`, sub-definitions F1..Fk), compiles it and readies the evaluator.
-  // Returns the parameter names in their sorted order. Raises the definition
-  // errors in their order: 10018 (gap in the sub-definitions), 10016 (cycle),
-  // 10017 (undefined sub-definition), 10015 (syntax), 10019 (no x), 10015
-  // (parameters but no valid model), 10021 (no parameters). Faults of the
-  // jump-table builder propagate as run-time faults.
+  // Returns the parameter names in their sorted order.
+  //
+  // `independent_variables` picks the mode of the text. 0: one independent
+  // variable, "x". 1 or more: the variables x1, x2, ... (also x01 to x09) of
+  // a several-variable model; a plain "x" is then a parameter name like any
+  // other, and the data words are those of y and "x1min" ... "yatx9max". In
+  // that mode the number of variables comes from the text, not from the
+  // argument: it is the highest k of the xk used (at most 50), and every x1
+  // to xk must appear. IndependentVariables() reports it.
+  //
+  // Raises the definition errors in their order: 10018 (gap in the
+  // sub-definitions), 10016 (cycle), 10017 (undefined sub-definition), 10015
+  // (syntax), 10019 (no independent variable), 10020 (one of x1..xk missing),
+  // 10015 (parameters but no valid model), 10021 (no parameters). Faults of
+  // the jump-table builder propagate as run-time faults.
   std::vector<std::string> Define(const tessarix::ModelDefinition& definition, InputLocaleEnum locale,
                                   const SystemSeparators& separators, tessarix::ModelDefinition& english,
-                                  tessarix::ModelDefinition& local);
+                                  tessarix::ModelDefinition& local, std::int32_t independent_variables = 0);
 
-  // y = the model at x. `parameters` is one-based (element 0 unused) and holds
-  // at least as many values as the last definition named. False when the model
-  // cannot be evaluated there; y is then left as it was. Never throws.
+  // The number of elements of a point of the last successful definition: 1
+  // for x, m for x1..xm; 0 before any and after a failed definition.
+  std::int32_t IndependentVariables() const noexcept;
+
+  // y = the model at a point: x alone, or x1..xm in that order. `parameters`
+  // is one-based (element 0 unused) and holds at least as many values as the
+  // last definition named. False when the model cannot be evaluated there (a
+  // point with fewer elements than the program reads included); y is then
+  // left as it was. Never throws.
+  [[nodiscard]] bool Evaluate(const double* parameters, std::span<const double> point, const DataStatistics& words,
+                              double& y) noexcept;
+  // The same at x, for a model of one variable.
   [[nodiscard]] bool Evaluate(const double* parameters, double x, const DataStatistics& words, double& y) noexcept;
 
   // A readable listing of the compiled records (kind, code, text, jumps), for
-  // tests and diagnostics.
+  // tests and diagnostics: one line per record, as "3 param b #2",
+  // "4 binary * c4", "5 func if c45 ->6/9" or "2 const 1.5 =1.5".
   std::string Dump() const;
 
  private:

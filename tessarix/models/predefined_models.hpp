@@ -19,11 +19,16 @@ struct PredefinedModelInfo {
   std::string Description;
   // The parameters of the model (a, b, c, ... in this order).
   std::int32_t NumParameters = 0;
+  // The independent variables the model takes: x alone (1) for every model
+  // of NonlinearRegression's catalogue; x1, x2, ... for a model of a
+  // catalogue of several variables, which this same record describes.
   std::int32_t NumIndependentVariables = 1;
 };
 
-// Every model of the catalogue for one independent variable (IDs 1 to 298),
-// in ID order. The listing is built once and lives as long as the program.
+// Every model of NonlinearRegression's catalogue (IDs 1 to 298, one
+// independent variable), in ID order: the IDs that its DefineInternalModel
+// takes. The listing is made once from the catalogue itself and lives as long
+// as the program.
 TESSARIX_API const std::vector<PredefinedModelInfo>& PredefinedModels();
 
 }  // namespace tessarix

@@ -63,7 +63,7 @@ Section ParseSection(std::string_view text) {
     if (!s.tokens.empty() && s.tokens.back().kind == Tok::Literal) {
       s.tokens.back().text += t;
     } else {
-      s.tokens.push_back({Tok::Literal, phase, std::string(t)});
+      s.tokens.emplace_back(Tok::Literal, phase, std::string(t));
     }
   };
   for (std::size_t i = 0; i < text.size(); ++i) {
@@ -76,15 +76,15 @@ Section ParseSection(std::string_view text) {
     } else if (c == '\\') {
       if (i + 1 < text.size()) literal(text.substr(++i, 1));
     } else if (c == '0' || c == '#') {
-      s.tokens.push_back({c == '0' ? Tok::Zero : Tok::Hash, phase});
+      s.tokens.emplace_back(c == '0' ? Tok::Zero : Tok::Hash, phase);
       (phase == Phase::Integer ? s.int_places : phase == Phase::Fraction ? s.frac_places : s.exp_places)++;
     } else if (c == '.' && phase == Phase::Integer) {
-      s.tokens.push_back({Tok::Point, phase});
+      s.tokens.emplace_back(Tok::Point, phase);
       phase = Phase::Fraction;
     } else if (c == ',' && phase == Phase::Integer) {
-      s.tokens.push_back({Tok::GroupComma, phase});
+      s.tokens.emplace_back(Tok::GroupComma, phase);
     } else if (c == '%') {
-      s.tokens.push_back({Tok::Percent, phase});
+      s.tokens.emplace_back(Tok::Percent, phase);
       ++s.percent;
     } else if ((c == 'E' || c == 'e') && !s.scientific && i + 1 < text.size() &&
                (text[i + 1] == '+' || text[i + 1] == '-')) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <limits>
 #include <string>
 #include <vector>
@@ -10,11 +11,14 @@
 #include "tessarix/data/data_access.hpp"
 
 using namespace tessarix;
+using detail::DataAccess;
+using V = std::vector<double>;
+using Names = std::vector<std::string>;
 
 namespace {
 
-std::vector<std::string> NamesOf(const DataCollection& c) {
-  std::vector<std::string> names;
+Names NamesOf(const DataCollection& c) {
+  Names names;
   for (const auto& s : c) names.push_back(s->Name());
   return names;
 }
@@ -50,12 +54,10 @@ TEST(DataCollection, MembershipByPositionAndCaseInsensitiveName) {
     EXPECT_TSX_ERROR(c.Item(bad), 10002, "Invalid key or index");
   }
   c.AddSeries("c");
-  EXPECT_EQ(NamesOf(c), (std::vector<std::string>{"a", "Öl", "c"}));
-
+  EXPECT_EQ(NamesOf(c), (Names{"a", "Öl", "c"}));
   c.RemoveSeries("öl");
-  EXPECT_EQ(NamesOf(c), (std::vector<std::string>{"a", "c"}));
   c.RemoveSeries();  // the last one
-  EXPECT_EQ(NamesOf(c), (std::vector<std::string>{"a"}));
+  EXPECT_EQ(NamesOf(c), (Names{"a"}));
   EXPECT_TSX_ERROR(c.RemoveSeries(5), 10001, "General Error: Subscript out of range");
   EXPECT_TSX_ERROR(c.RemoveSeries("zz"), 10001, "General Error: Invalid procedure call or argument");
   c.RemoveSeries(1);
@@ -82,13 +84,13 @@ TEST(DataCollection, MembershipByPositionAndCaseInsensitiveName) {
 TEST(DataCollection, ArrayImportReplacesByNameAndKeepsOrder) {
   DataCollection c;
   c.AddSeries("keep")->AddObservation(1);
-  const std::vector<std::string> names{"a", "b"};
+  const Names names{"a", "b"};
   c.ImportSeriesFromArray(TableOf(3, 2, {1, 10, 2, 20, 3, 30}), names);
-  EXPECT_EQ(NamesOf(c), (std::vector<std::string>{"keep", "a", "b"}));
-  EXPECT_EQ(c.Item("b")->ExportToArray(), (std::vector<double>{10, 20, 30}));
+  EXPECT_EQ(NamesOf(c), (Names{"keep", "a", "b"}));
+  EXPECT_EQ(c.Item("b")->ExportToArray(), (V{10, 20, 30}));
   auto old_a = c.Item("a");
-  c.ImportSeriesFromArray(TableOf(2, 2, {5, 50, 6, 60}), std::vector<std::string>{"A", "b", "surplus"});
-  EXPECT_EQ(NamesOf(c), (std::vector<std::string>{"keep", "A", "b"}));
+  c.ImportSeriesFromArray(TableOf(2, 2, {5, 50, 6, 60}), Names{"A", "b", "surplus"});
+  EXPECT_EQ(NamesOf(c), (Names{"keep", "A", "b"}));
   EXPECT_NE(c.Item("a"), old_a);
   EXPECT_EQ(old_a->NumObservations(), 3);
 
@@ -104,21 +106,20 @@ TEST(DataCollection, ArrayImportReplacesByNameAndKeepsOrder) {
   const Variant alt = c.ExportSeriesToArrayAlt();
   EXPECT_EQ(alt.UpperBound(1), 1);
   EXPECT_EQ(alt.UpperBound(2), 1);
+  EXPECT_EQ(alt.At(0, 1).Type(), VariantType::Double);
   EXPECT_EQ(alt.At(0, 1).ToDouble(), 50);
 
   // A short Name array fails after the earlier columns were added.
   DataCollection d;
-  EXPECT_TSX_ERROR(d.ImportSeriesFromArray(TableOf(1, 3, {1, 2, 3}), std::vector<std::string>{"p", "q"}), 10004,
-                   "Subscript out of range");
-  EXPECT_EQ(NamesOf(d), (std::vector<std::string>{"p", "q"}));
+  EXPECT_TSX_ERROR(d.ImportSeriesFromArray(TableOf(1, 3, {1, 2, 3}), Names{"p", "q"}), 10004, "Subscript out of range");
+  EXPECT_EQ(NamesOf(d), (Names{"p", "q"}));
   EXPECT_TSX_CODE(d.ImportSeriesFromArray(Matrix(3, 0), names), 10004);
   EXPECT_TSX_CODE(d.ImportSeriesFromArray(Matrix(0, 2), names), 10004);
-
   // A non-finite element is refused as by a series's own import; its
   // column's series is not made.
   Matrix bad = TableOf(2, 2, {1, 2, 3, std::numeric_limits<double>::quiet_NaN()});
   EXPECT_TSX_ERROR(d.ImportSeriesFromArray(bad, names), 10001, "General Error: Invalid procedure call or argument");
-  EXPECT_EQ(NamesOf(d), (std::vector<std::string>{"p", "q", "a"}));
+  EXPECT_EQ(NamesOf(d), (Names{"p", "q", "a"}));
   Variant infinite = Variant::Array(1, 1);
   infinite.At(0, 0) = std::numeric_limits<double>::infinity();
   EXPECT_TSX_CODE(d.ImportSeriesFromArrayAlt(infinite, Variant::Array({Variant("r")})), 10001);
@@ -136,33 +137,80 @@ TEST(DataCollection, VariantArrayImport) {
   data.At(0, 1) = 2;
   data.At(1, 0) = 3.0;
   data.At(1, 1) = 4.0;
+  const Variant uv = Variant::Array({Variant("u"), Variant("v")});
   EXPECT_TSX_ERROR(c.ImportSeriesFromArrayAlt(data, Variant("a")), 10042, "Expected variant array");
-  EXPECT_TSX_ERROR(c.ImportSeriesFromArrayAlt(Variant(1.0), Variant::Array({Variant("a")})), 10042,
-                   "Expected variant array");
-  c.ImportSeriesFromArrayAlt(data, Variant::Array({Variant("u"), Variant("v")}));
-  EXPECT_EQ(c.Item("v")->ExportToArray(), (std::vector<double>{2, 4}));
+  EXPECT_TSX_ERROR(c.ImportSeriesFromArrayAlt(Variant(1.0), uv), 10042, "Expected variant array");
+  c.ImportSeriesFromArrayAlt(data, uv);
+  EXPECT_EQ(c.Item("v")->ExportToArray(), (V{2, 4}));
   EXPECT_TSX_CODE(c.ImportSeriesFromArrayAlt(Variant::Array({Variant(1.0)}), Variant::Array({Variant("w")})), 10004);
   data.At(1, 1) = "text";
-  EXPECT_TSX_ERROR(c.ImportSeriesFromArrayAlt(data, Variant::Array({Variant("u"), Variant("v")})), 10001,
-                   "General Error: Type mismatch");
+  EXPECT_TSX_ERROR(c.ImportSeriesFromArrayAlt(data, uv), 10001, "General Error: Type mismatch");
 }
 
-TEST(DataCollection, ReadOnlyRefusesMembershipChanges) {
+TEST(DataCollection, ReadOnlyRefusesEveryEditBeforeItsArguments) {
   DataCollection c;
-  c.ImportSeriesFromArray(TableOf(2, 1, {1, 2}), std::vector<std::string>{"a"});
-  detail::DataAccess::SetReadOnly(c, true);
-  const char* ro = "The referenced object is read only";
-  EXPECT_TSX_ERROR(c.AddSeries("b"), 10032, ro);
-  EXPECT_TSX_ERROR(c.RemoveSeries(), 10032, ro);
-  EXPECT_TSX_ERROR(c.RemoveAllSeries(), 10032, ro);
-  EXPECT_TSX_ERROR(c.ClearRegressionKeys(), 10032, ro);
-  EXPECT_TSX_ERROR(c.ImportSeriesFromArray(Matrix(), std::vector<std::string>{}), 10032, ro);
-  EXPECT_TSX_ERROR(c.ImportSeriesFromArrayAlt(Variant(), Variant()), 10032, ro);
-  EXPECT_EQ(c.Item(1)->Name(), "a");
+  c.ImportSeriesFromArray(TableOf(2, 1, {1, 2}), Names{"a"});
+  auto s = c.Item(1);
+  DataAccess::SetReadOnly(c, true);
+  ASSERT_TRUE(s->IsReadOnly());
+  // The guard comes before every argument check.
+  const std::function<void()> edits[] = {
+      [&] { c.AddSeries("b"); },
+      [&] { c.RemoveSeries(); },
+      [&] { c.RemoveAllSeries(); },
+      [&] { c.ClearRegressionKeys(); },
+      [&] { c.ImportSeriesFromArray(Matrix(), Names{}); },
+      [&] { c.ImportSeriesFromArrayAlt(Variant(), Variant()); },
+      [&] { c.Sort(static_cast<SortTypeEnum>(9)); },
+      [&] { c.Prune(1, tsxLogicalEqualTo); },
+      [&] { c.SortOnSeries("zz"); },
+      [&] { c.PruneOnSeries("zz", 1, tsxLogicalEqualTo); },
+      [&] { c.ImportSeriesFromFile("x", Names{"a"}, static_cast<DelimiterTypeEnum>(9)); },
+      [&] { c.ImportSeriesFromFileAlt("x", Variant()); },
+      [&] { c.ImportNamedSeriesFromFile("x"); },
+      [&] { s->AddObservation(1); },
+      [&] { s->RemoveObservation(-5); },
+      [&] { s->SetRegressionKey("x"); },
+      [&] { s->Fill(0, 1, 0); },
+      [&] { s->RemoveAllObservations(); },
+      [&] { s->ImportFromArray(V{1}); },
+      [&] { s->ImportFromArrayAlt(Variant(1.0)); },
+      [&] { s->ImportFromFile("x"); },
+      [&] { s->Transform(static_cast<TransformTypeEnum>(9)); },
+      [&] { s->Translate(1); },
+      [&] { s->Multiply(1); },
+      [&] { s->SetObservation(0, 1); },
+      [&] { s->Sort(); },
+      [&] { s->Prune(1, tsxLogicalEqualTo); },
+  };
+  for (const auto& edit : edits) EXPECT_TSX_ERROR(edit(), 10032, "The referenced object is read only");
+  // Reading, formats and tags stay open.
   EXPECT_EQ(c.ExportSeriesToArray().Rows(), 2);
+  EXPECT_EQ(s->ExportToArray(), (V{1, 2}));
   c.SetNumberDisplayFormats("0");
-  EXPECT_EQ(c.Item(1)->NumberDisplayFormat(), "0");
-  detail::DataAccess::SetReadOnly(c, false);
-  EXPECT_FALSE(c.Item(1)->IsReadOnly());
+  EXPECT_EQ(s->NumberDisplayFormat(), "0");
+  s->SetTag("note");
+  EXPECT_EQ(s->Tag(), "note");
+  DataAccess::SetReadOnly(c, false);
+  EXPECT_FALSE(s->IsReadOnly());
   c.AddSeries("b");
+}
+
+TEST(DataAccess, FindSeriesByKeyLowerCasesOnlyTheSeriesKey) {
+  DataCollection c;
+  c.AddSeries("first")->SetRegressionKey("Y");
+  c.AddSeries("second")->SetRegressionKey("y");
+  auto w = c.AddSeries("weights");
+  w->SetRegressionKey("SD");
+  w->Fill(1, 1, 4);
+  std::string name;
+  std::int32_t count = -1;
+  ASSERT_TRUE(DataAccess::FindSeriesByKey(c, "y", name, count));
+  EXPECT_EQ(name, "first");
+  ASSERT_TRUE(DataAccess::FindSeriesByKey(c, "sd", name, count));
+  EXPECT_EQ(name, "weights");
+  EXPECT_EQ(count, 4);
+  EXPECT_FALSE(DataAccess::FindSeriesByKey(c, "SD", name, count));
+  EXPECT_EQ(DataAccess::FindSeriesByKey(c, "sd"), w);
+  EXPECT_EQ(DataAccess::FindSeriesByKey(c, "x"), nullptr);
 }

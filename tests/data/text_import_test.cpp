@@ -154,13 +154,6 @@ TEST_F(TextImport, ErrorsAndTheirOrder) {
   EXPECT_EQ(NamesOf(c), (std::vector<std::string>{"S", "t"}));
   EXPECT_EQ(c.Item("s")->NumObservations(), 0);
   EXPECT_TSX_ERROR(c.ImportNamedSeriesFromFile(dir_), 10011, "Error reading from file");
-
-  detail::DataAccess::SetReadOnly(c, true);
-  const char* ro = "The referenced object is read only";
-  EXPECT_TSX_ERROR(c.ImportSeriesFromFile(Path("x"), Names{"a"}, static_cast<DelimiterTypeEnum>(9)), 10032, ro);
-  EXPECT_TSX_ERROR(c.ImportSeriesFromFileAlt(Path("x"), Variant()), 10032, ro);
-  EXPECT_TSX_ERROR(c.ImportNamedSeriesFromFile(Path("x")), 10032, ro);
-  EXPECT_TSX_ERROR(c.Item(1)->ImportFromFile(Path("x")), 10032, ro);
 }
 
 TEST_F(TextImport, TemporaryCopyFailuresAreReported) {

@@ -3,6 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <vector>
+
+#include "tessarix/foundation/fault.hpp"
 
 using namespace tessarix::detail;
 
@@ -23,5 +26,20 @@ TEST(DataStatistics, FirstObservationWinsTiesAndStdUsesNMinusOne) {
   EXPECT_DOUBLE_EQ(s.xstd, std::sqrt(12.8 / 4.0));
   EXPECT_EQ(s.Lookup(DataWord::XRange), 4);
   EXPECT_EQ(s.Lookup(DataWord::YRange), 6);
-  EXPECT_EQ(s.Lookup(DataWord::YAtXMax), 1);
+
+  // The same data as the second of two variables gives the same words: a
+  // table of points, observation i at row i.
+  std::vector<double> points(12);
+  for (int i = 1; i <= 5; ++i) {
+    points[static_cast<std::size_t>(2 * i)] = -x[i];
+    points[static_cast<std::size_t>(2 * i + 1)] = x[i];
+  }
+  const DataStatistics m = ComputeTableStatistics(points.data(), 2, y, 5);
+  for (int w = 0; w < kDataWordCount; ++w) {
+    EXPECT_EQ(m.Lookup(static_cast<DataWord>(w), 2), s.Lookup(static_cast<DataWord>(w))) << w;
+  }
+  EXPECT_EQ(m.Lookup(DataWord::XMin, 1), -5);
+  EXPECT_EQ(m.Lookup(DataWord::YAtXMin, 1), 1);  // y where x1 = -5
+  EXPECT_THROW((void)m.Lookup(DataWord::XMin, 3), RuntimeFault);
+  EXPECT_EQ(m.Lookup(DataWord::YMean, 3), s.ymean);
 }

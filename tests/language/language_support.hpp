@@ -1,79 +1,109 @@
-// A user model on its own, without a regression object: definition through
-// the same steps the objects use, evaluation on a one-based parameter array.
+// A text model on its own, through the language's door, without a regression
+// object: definition as the objects do it, evaluation on a one-based
+// parameter array.
 #pragma once
 
+#include <algorithm>
+#include <cmath>
 #include <initializer_list>
 #include <optional>
+#include <sstream>
 #include <string>
 #include <vector>
 
 #include "support/test_helpers.hpp"
-#include "tessarix/language/internal/compiler.hpp"
-#include "tessarix/language/internal/evaluator.hpp"
-#include "tessarix/language/internal/user_model.hpp"
-#include "tessarix/platform/separators.hpp"
+#include "tessarix/language/text_model.hpp"
 
 namespace tessarix::test {
 
 class LanguageModel {
  public:
-  explicit LanguageModel(SystemSeparators separators = EnglishSeparators()) : separators_(std::move(separators)) {}
+  // `variables` 0: the model of one variable x; 1 or more: x1, x2, ...
+  explicit LanguageModel(SystemSeparators separators = EnglishSeparators(), std::int32_t variables = 0)
+      : separators_(std::move(separators)), variables_(variables) {}
 
-  // Defines Y (and F1.. in order) in English form; raises the definition
-  // errors like the objects do.
-  std::vector<std::string> Define(const std::string& y, std::initializer_list<std::string> subs = {},
+  // Defines Y (and F1.. in order); raises the definition errors like the
+  // objects do.
+  std::vector<std::string> Define(const std::string& y, const std::vector<std::string>& subs = {},
                                   InputLocaleEnum locale = tsxLocaleEnglish) {
     ModelDefinition d;
     d.SetY(y);
     int k = 1;
     for (const std::string& f : subs) detail::ModelDefinitionAccess::Formula(d, k++) = f;
-    return DefineSub(d, locale);
-  }
-  std::vector<std::string> DefineSub(const ModelDefinition& d, InputLocaleEnum locale = tsxLocaleEnglish) {
-    detail::ResetLanguageFlags(program_);
+    model_.ResetFlags();
     parameters_.clear();
-    detail::PrepareDefinition(program_, d, locale, separators_, english_, local_);
-    names_ = detail::CompileUserModel(program_, separators_);
-    parameters_.assign(names_.size() + 1, 0.0);
-    detail::PrepareScratch(program_, scratch_);
-    return names_;
+    const std::vector<std::string> names = model_.Define(d, locale, separators_, english_, local_, variables_);
+    parameters_.assign(names.size() + 1, 0.0);
+    return names;
   }
 
-  // The model at x with parameter values in sorted order; nullopt when the
-  // evaluation fails.
-  std::optional<double> Eval(double x, std::initializer_list<double> values = {}) {
+  // The model at a point with parameter values in sorted order; nullopt when
+  // the evaluation fails.
+  std::optional<double> At(const std::vector<double>& point, std::initializer_list<double> values = {}) {
     std::size_t i = 1;
     for (double v : values) {
       if (i < parameters_.size()) parameters_[i] = v;
       ++i;
     }
     double y = -12345.0;
-    if (!detail::EvaluateProgram(program_, scratch_, parameters_.data(), x, stats_, y)) return std::nullopt;
+    if (!model_.Evaluate(parameters_.data(), point, stats_, y)) return std::nullopt;
     return y;
   }
+  std::optional<double> Eval(double x, std::initializer_list<double> values = {}) { return At({x}, values); }
 
-  std::string Dump() const { return detail::DumpProgram(program_); }
-  detail::ModelProgram& Program() { return program_; }
+  std::string Dump() const { return model_.Dump(); }
+  std::int32_t Variables() const { return model_.IndependentVariables(); }
   detail::DataStatistics& Stats() { return stats_; }
   const ModelDefinition& English() const { return english_; }
   const ModelDefinition& Local() const { return local_; }
 
  private:
   SystemSeparators separators_;
-  detail::ModelProgram program_;
-  detail::EvaluationScratch scratch_;
+  std::int32_t variables_;
+  detail::TextModel model_;
   detail::DataStatistics stats_;
   std::vector<double> parameters_;
-  std::vector<std::string> names_;
   ModelDefinition english_, local_;
 };
 
 // Value of a constant expression with x given (the model needs a parameter and
-// x to be valid, so "+0*p+0*x" is added; p stays 0).
+// x to be valid, so "+0*zz+0*x" is added; zz stays 0).
 inline std::optional<double> Calc(const std::string& expr, double x = 0.0) {
   LanguageModel m;
   m.Define("(" + expr + ")+0*zz+0*x");
   return m.Eval(x, {0.0});
+}
+
+// Checks a table of expressions and their values, one case per line or
+// between "|": "expr => value" (exactly), "expr => value ~tol" (within tol
+// times max(1, |value|)) or "expr => fails". Each is computed by Calc at x.
+inline void CheckTable(const std::string& table, double x = 0.0) {
+  std::size_t begin = 0;
+  while (begin < table.size()) {
+    const std::size_t end = std::min(table.find_first_of("|\n", begin), table.size());
+    const std::string item = table.substr(begin, end - begin);
+    begin = end + 1;
+    if (item.find_first_not_of(' ') == std::string::npos) continue;
+    const std::size_t arrow = item.find(" => ");
+    ASSERT_NE(arrow, std::string::npos) << item;
+    const std::string expr = item.substr(item.find_first_not_of(' '), arrow - item.find_first_not_of(' '));
+    std::istringstream rest(item.substr(arrow + 4));
+    std::string value, tolerance;
+    rest >> value >> tolerance;
+    const std::optional<double> got = Calc(expr, x);
+    if (value == "fails") {
+      EXPECT_EQ(got, std::nullopt) << expr;
+      continue;
+    }
+    const double expected = std::stod(value);
+    if (!got) {
+      ADD_FAILURE() << expr << " fails, expected " << value;
+    } else if (tolerance.empty()) {
+      EXPECT_EQ(*got, expected) << expr;
+    } else {
+      EXPECT_NEAR(*got, expected, std::stod(tolerance.substr(1)) * std::max(1.0, std::fabs(expected))) << expr;
+    }
+  }
 }
 
 }  // namespace tessarix::test

@@ -3,9 +3,10 @@
 // lines.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
-#include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "support/test_helpers.hpp"
@@ -18,20 +19,9 @@ namespace {
 
 constexpr const char* kInvalidId = "Invalid ID for pre-defined model";
 
-std::vector<std::string> LogLines(const std::string& log) {
-  std::vector<std::string> lines;
-  std::size_t start = 0;
-  for (std::size_t end; (end = log.find("\r\n", start)) != std::string::npos; start = end + 2) {
-    lines.push_back(log.substr(start, end - start));
-  }
-  return lines;
-}
-
+// The solution log holds `line` as a whole line.
 bool HasLine(const NonlinearRegression& reg, const std::string& line) {
-  for (const std::string& l : LogLines(reg.SolutionLog())) {
-    if (l == line) return true;
-  }
-  return false;
+  return ("\r\n" + reg.SolutionLog()).find("\r\n" + line + "\r\n") != std::string::npos;
 }
 
 // y = 2*exp(-1.5*x) with a small ripple, so that the fit has work to do.
@@ -79,6 +69,32 @@ TEST(DefineInternalModel, InvalidIdLeavesNoModel) {
     EXPECT_FALSE(reg.IsValidModel());
     EXPECT_EQ(reg.RegressionParameters()->Count(), 0);
     EXPECT_TSX_CODE(reg.ModelType(), 10023);
+  }
+}
+
+TEST(DefineInternalModel, SameTextTwoModels) {
+  // IDs 11 and 45 share "a+b*log(x)", IDs 16 and 50 "a+b/x": one text and one
+  // set of parameters, yet two entries, each with its own description and its
+  // own arithmetic, whose fits agree to rounding.
+  std::vector<double> x, y;
+  for (int i = 0; i < 12; ++i) {
+    x.push_back(0.5 + 0.25 * i);
+    y.push_back(0.3 - 1.7 * std::log(x.back()) + 0.8 / x.back() + 0.01 * ((i % 3) - 1));
+  }
+  for (const auto& [first, second] : {std::pair{11, 45}, std::pair{16, 50}}) {
+    SCOPED_TRACE(second);
+    NonlinearRegression one, other;
+    one.DefineInternalModel(first);
+    other.DefineInternalModel(second);
+    EXPECT_EQ(one.ModelDefinition().Y(), other.ModelDefinition().Y());
+    EXPECT_NE(one.ModelDefinition().Description(), other.ModelDefinition().Description());
+    one.Fit(x, y);
+    other.Fit(x, y);
+    ASSERT_TRUE(one.IsSolved() && other.IsSolved());
+    for (const char* name : {"a", "b"}) {
+      const double v = one.RegressionParameters()->Item(name)->Value();
+      EXPECT_NEAR(other.RegressionParameters()->Item(name)->Value(), v, 1e-12 * std::max(1.0, std::fabs(v))) << name;
+    }
   }
 }
 

@@ -181,8 +181,49 @@ TEST(MultipleRegression, QueriesRunAlongOneVariable) {
   EXPECT_TSX_CODE(r.PredictValueAlt(Variant(1.0)), 10042);
 }
 
-// log(y) = b1 - b2*x1*exp(-b3*x2), as an external model with numerical
-// derivatives, from both certified starts.
+TEST(MultipleRegression, UserModelsReadTheVariablesX1ToXm) {
+  MultipleNonlinearRegression r;
+  // A plain x is a parameter; the variables must run from x1 without a gap.
+  r.DefineUserModel("x+b*x1+c*x2");
+  EXPECT_EQ(r.NumIndependentVariables(), 2);
+  ASSERT_EQ(r.RegressionParameters()->Count(), 3);
+  EXPECT_EQ(r.RegressionParameters()->Item(3)->Name(), "x");
+  EXPECT_TSX_ERROR(r.DefineUserModel("a*x1+b*x3"), 10020,
+                   "Model definition error, at least one independent variable missing");
+  EXPECT_FALSE(r.IsValidModel());
+  EXPECT_TSX_CODE(r.DefineUserModel("a*b"), 10019);
+
+  // A sub-definition and the data words of a variable, on a new object: the
+  // records of the failed texts above stay in this one's program, and the
+  // one that reads x3 fails every evaluation of a point of two.
+  MultipleNonlinearRegression fresh;
+  ModelDefinition d;
+  d.SetY("a+b*f1+c*(x2-x2min)");
+  d.SetF1("x1^2");
+  r.DefineUserModelSub(d);
+  r.Fit(Points(5, 2), std::vector<double>(5, 1.0));
+  EXPECT_EQ(r.LastSolveError().rfind("Error evaluating the function at X = ", 0), 0U);
+  fresh.DefineUserModelSub(d);
+  const Matrix x = Points(25, 2);
+  std::vector<double> y(25);
+  double x2min = x(0, 1);
+  for (std::int32_t i = 0; i < 25; ++i) x2min = std::min(x2min, x(i, 1));
+  for (std::int32_t i = 0; i < 25; ++i)
+    y[static_cast<std::size_t>(i)] = 1.0 + 0.5 * x(i, 0) * x(i, 0) - 2.0 * (x(i, 1) - x2min);
+  fresh.Fit(x, y);
+  ASSERT_TRUE(fresh.IsSolved()) << fresh.SolutionLog();
+  EXPECT_NEAR(fresh.RegressionParameters()->Item("c")->Value(), -2.0, 1e-9);
+  EXPECT_NE(fresh.SolutionLog().find("user defined model a+b*f1+c*(x2-x2min)"), std::string::npos);
+
+  // The local form reads decimal commas and ";" between arguments.
+  const test::ScopedSeparators comma(test::DecimalCommaSeparators());
+  r.DefineUserModel("a*max(x1;x2)+0,5", tsxLocaleLocal);
+  EXPECT_EQ(r.ModelDefinition().Y(), "a*max(x1,x2)+0.5");
+  EXPECT_EQ(r.NumIndependentVariables(), 2);
+}
+
+// log(y) = b1 - b2*x1*exp(-b3*x2), as an external model and as text, with
+// numerical derivatives, from both certified starts.
 TEST(MultipleRegression, NistNelsonReachesTheCertifiedValues) {
   const test::NistProblem p = test::ReadNistProblem("Nelson");
   ASSERT_EQ(p.x2.size(), 128U);
@@ -193,13 +234,18 @@ TEST(MultipleRegression, NistNelsonReachesTheCertifiedValues) {
     x(static_cast<std::int32_t>(i), 1) = p.x2[i];
     logy[i] = std::log(p.y[i]);
   }
-  for (std::size_t start = 0; start < 2; ++start) {
+  for (std::size_t run = 0; run < 4; ++run) {
+    const std::size_t start = run % 2;
     MultipleNonlinearRegression r;
-    r.Events.EvaluateExternal = [](std::vector<double>& b, std::vector<double>& v, double& y, bool& ok) {
-      y = b[0] - b[1] * v[0] * std::exp(-b[2] * v[1]);
-      ok = std::isfinite(y);
-    };
-    r.DefineExternalModel(2, std::vector<std::string>{"b1", "b2", "b3"});
+    if (run < 2) {
+      r.Events.EvaluateExternal = [](std::vector<double>& b, std::vector<double>& v, double& y, bool& ok) {
+        y = b[0] - b[1] * v[0] * std::exp(-b[2] * v[1]);
+        ok = std::isfinite(y);
+      };
+      r.DefineExternalModel(2, std::vector<std::string>{"b1", "b2", "b3"});
+    } else {
+      r.DefineUserModel("b1-b2*x1*exp(-b3*x2)");
+    }
     for (std::int32_t j = 0; j < 3; ++j) r.RegressionParameters()->Item(j + 1)->SetInitialEstimate(p.starts[start][j]);
     r.SetMaxIterations(1000);
     r.Fit(x, logy);

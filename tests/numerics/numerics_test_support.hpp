@@ -1,6 +1,8 @@
 // Helpers of the numerics tests: which failure a call raised.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <cmath>
 #include <string>
 #include <vector>
@@ -40,6 +42,17 @@ inline detail::Matrix1 FromRows(const std::vector<std::vector<double>>& rows) {
     }
   }
   return m;
+}
+
+// Every element of a one-based matrix against rows written out in the test.
+inline void ExpectMatrixNear(const detail::Matrix1& m, const std::vector<std::vector<double>>& rows, double tolerance) {
+  ASSERT_EQ(m.Rows(), static_cast<std::int32_t>(rows.size()));
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    for (std::size_t j = 0; j < rows[i].size(); ++j) {
+      EXPECT_NEAR(m(static_cast<std::int32_t>(i + 1), static_cast<std::int32_t>(j + 1)), rows[i][j], tolerance)
+          << "at (" << i + 1 << ", " << j + 1 << ")";
+    }
+  }
 }
 
 }  // namespace tessarix::test

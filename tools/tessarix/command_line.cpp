@@ -15,6 +15,7 @@
 #include "catalogue.hpp"
 #include "fit_command.hpp"
 #include "rank_command.hpp"
+#include "spline_command.hpp"
 #include "text_format.hpp"
 #include "tool_error.hpp"
 
@@ -39,9 +40,10 @@ DelimiterTypeEnum DelimiterOf(const std::string& name) {
   return found == names.end() ? tsxDelimiterComma : found->second;
 }
 
-// Options of the data file, shared by fit and rank. The delimiter's name is
+// Options of the data file, shared by fit, rank and spline (which takes one x
+// column and no deviations: `regression` false). The delimiter's name is
 // stored in `delimiter` and turned into data.delimiter after parsing.
-void AddDataOptions(CLI::App& command, DataOptions& data, std::string& delimiter) {
+void AddDataOptions(CLI::App& command, DataOptions& data, std::string& delimiter, bool regression = true) {
   command.add_option("DATA", data.path, "Delimited text file: a header line of column names, then rows of numbers")
       ->required()
       ->type_name("FILE");
@@ -55,6 +57,13 @@ void AddDataOptions(CLI::App& command, DataOptions& data, std::string& delimiter
       ->capture_default_str();
   command.add_option("--missing", data.missing, "Text that marks a missing value; rows holding it are left out")
       ->type_name("TEXT");
+  if (!regression) {
+    command.add_option("--x", data.x_column, "Column of the independent variable (default: the first)")
+        ->type_name("NAME");
+    command.add_option("--y", data.y_column, "Column of the dependent variable (default: the second)")
+        ->type_name("NAME");
+    return;
+  }
   command
       .add_option("--x", data.x_column,
                   "Column of the independent variable (default: the first); several as NAME1,NAME2,... for a model "
@@ -102,7 +111,7 @@ int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::os
   // user's locale, so model texts and reports mean the same everywhere.
   SetSystemSeparators({".", ",", ",", "/", ":"});
 
-  CLI::App app{"Fit mathematical models to measured data.", "tessarix"};
+  CLI::App app{"Fit mathematical models to measured data, or interpolate them by a cubic spline.", "tessarix"};
   app.set_version_flag("--version", VersionText());
   app.require_subcommand(1);
   app.footer("Run 'tessarix COMMAND --help' for the options of a command.");
@@ -151,6 +160,23 @@ int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::os
       ->check(CLI::Range(1u, 1024u));
   AddSolverOptions(*rank_command, rank.max_iterations, rank.tolerance);
 
+  SplineOptions spline;
+  std::string spline_delimiter = "comma";
+  CLI::App* spline_command =
+      app.add_subcommand("spline", "Interpolate a data file by a natural cubic spline and report it");
+  AddDataOptions(*spline_command, spline.data, spline_delimiter, false);
+  spline_command
+      ->add_option("--at", spline.at, "Report y, dy/dx and d2y/dx2 at these x (repeatable, or a list: --at 1,2.5)")
+      ->delimiter(',')
+      ->type_name("X");
+  spline_command->add_option("--table", spline.table_path, "Write X, Y, predicted Y and residuals to FILE as CSV")
+      ->type_name("FILE");
+  spline_command->add_option("--plot", spline.plot_path, "Draw the data and the spline to FILE as SVG")
+      ->type_name("FILE");
+  spline_command->add_option("--plot-points", spline.plot_points, "Points of the spline in the plot")
+      ->check(CLI::Range(2, 100000))
+      ->capture_default_str();
+
   try {
     app.parse(argc, argv);
   } catch (const CLI::CallForHelp& e) {
@@ -179,6 +205,10 @@ int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::os
       if (found.empty()) throw ToolError("no pre-defined model matches '" + CleanText(word) + "'");
       out << ModelListing(found);
       return kExitOk;
+    }
+    if (spline_command->parsed()) {
+      spline.data.delimiter = DelimiterOf(spline_delimiter);
+      return RunSpline(spline, out);
     }
     if (rank_command->parsed()) {
       rank.data.delimiter = DelimiterOf(rank_delimiter);

@@ -1,4 +1,4 @@
-// The command line of `tessarix`: subcommands fit, models and rank.
+// The command line of `tessarix`: subcommands fit, models, rank and spline.
 #pragma once
 
 #include <ostream>

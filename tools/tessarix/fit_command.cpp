@@ -56,7 +56,7 @@ FitPlotData SurfacePlotData(const RegressionObject& regression, const std::strin
   FitPlotData plot;
   const auto tables = regression.ResultTables();
   const std::int32_t columns = tables->Count();
-  const auto y = tables->Item("Y");
+  const auto y = tables->Item(regression.NumIndependentVariables() + 1);
   plot.x = tables->Item(columns - 1)->ExportToArray();
   plot.y = y->ExportToArray();
   plot.residuals = tables->Item(columns)->ExportToArray();

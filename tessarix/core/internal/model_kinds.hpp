@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -122,7 +123,8 @@ class ExternalKind final : public PointModel {
       return true;
     }
     for (std::int32_t r = 0; r < count; ++r) {
-      if (!NumericalDerivatives(points.Row(first + r), parameters, ia, parameter_count, derivatives + r * stride)) {
+      if (!NumericalDerivatives(points.Row(first + r), parameters, ia, parameter_count,
+                                derivatives + static_cast<std::ptrdiff_t>(r) * stride)) {
         failure = {first + r, true};
         return false;
       }

@@ -124,9 +124,6 @@ struct RegressionCore {
   RegressionStatistics statistics;
   MarquardtState marquardt;
   DataStatistics data_statistics;
-  // With several variables: the data words of variable k at element k - 1
-  // (its x values with the run's y values).
-  std::vector<DataStatistics> variable_statistics;
 
   // Created on first need, so that const getters can hand them out.
   mutable std::shared_ptr<tessarix::RegressionParameters> parameters;

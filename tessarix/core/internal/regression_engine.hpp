@@ -33,10 +33,8 @@ class RegressionHooks {
   virtual std::string_view ClassName() const = 0;
   // The IterationComplete event.
   virtual void IterationComplete(std::int32_t iteration, double sse, bool& abort) = 0;
-  // The data words of a run from its observations: `words` for one
-  // variable (and y), `variable_words` per variable where there are several.
-  virtual void ComputeDataStatistics(const PointTable& points, const Vector1& y, std::int32_t n, DataStatistics& words,
-                                     std::vector<DataStatistics>& variable_words) = 0;
+  // The data words of a run from its observations.
+  virtual DataStatistics ComputeDataStatistics(const PointTable& points, const Vector1& y, std::int32_t n) = 0;
   // A point as the failure texts of a run show it.
   virtual std::string PointText(std::span<const double> point) const = 0;
   // The class's catalogue entry of a pre-defined model, or nullptr.

@@ -1,75 +1,47 @@
 #include "tessarix/language/internal/compiler.hpp"
 
-#include <array>
 #include <limits>
-#include <string_view>
 #include <utility>
-
-#include "tessarix/language/internal/function_table.hpp"
 
 namespace tessarix::detail {
 
 namespace {
 
-// The precedence table, walked by ParseExpression. An operator is taken when
-// the token matches exactly (so word operators only in lower case) and the
-// minimum level does not exceed its level. Every operator is left-associative,
-// "^" included, because the right operand is parsed one level higher.
-struct BinaryOperator {
-  std::string_view token;
-  int level;
-  int right_level;
-  BinaryOp code;
-};
-constexpr std::array<BinaryOperator, 18> kBinaryOperators = {{
-    {"^", 11, 12, BinaryOp::Power},
-    {"*", 10, 11, BinaryOp::Multiply},
-    {"/", 10, 11, BinaryOp::Divide},
-    {"\\", 9, 10, BinaryOp::IntDivide},
-    {"mod", 8, 9, BinaryOp::Mod},
-    {"+", 7, 8, BinaryOp::Add},
-    {"-", 7, 8, BinaryOp::Subtract},
-    {"=", 6, 7, BinaryOp::Equal},
-    {"<", 6, 7, BinaryOp::Less},
-    {">", 6, 7, BinaryOp::Greater},
-    {"<>", 6, 7, BinaryOp::NotEqual},
-    {"<=", 6, 7, BinaryOp::LessEqual},
-    {">=", 6, 7, BinaryOp::GreaterEqual},
-    {"and", 5, 6, BinaryOp::And},
-    {"or", 4, 5, BinaryOp::Or},
-    {"xor", 3, 4, BinaryOp::Xor},
-    {"eqv", 2, 3, BinaryOp::Eqv},
-    {"imp", 1, 2, BinaryOp::Imp},
-}};
+constexpr const UnaryOperator& kNegate = kUnaryOperators[0];
+constexpr const UnaryOperator& kNot = kUnaryOperators[1];
 
-constexpr int kUnaryMinusLevel = 11;  // binds looser than "^", tighter than "*"
-constexpr int kNotLevel = 6;          // takes a whole comparison, stops at "and"
+bool IsLetterAToT(const std::string& lower) { return lower.size() == 1 && lower[0] >= 'a' && lower[0] <= 't'; }
 
-int DataWordIndex(const std::string& lower) {
-  for (std::size_t i = 0; i < kDataWords.size(); ++i) {
-    if (kDataWords[i] == lower) return static_cast<int>(i);
+JumpMarker MarkerOf(Control control) {
+  switch (control) {
+    case Control::If:
+      return JumpMarker::If;
+    case Control::EndTrue:
+      return JumpMarker::EndTrue;
+    case Control::EndIf:
+      return JumpMarker::EndIf;
+    case Control::Call:
+      break;
   }
-  return -1;
-}
-
-bool IsSubDefinitionWord(const std::string& lower) {
-  return lower.size() == 2 && lower[0] == 'f' && lower[1] >= '1' && lower[1] <= '9';
+  return JumpMarker::None;
 }
 
 }  // namespace
 
-bool Compiler::CompileDefinition(ModelProgram& program, const std::string& text, const std::string& decimal_separator,
-                                 const std::string& list_separator, std::string& names) {
-  Compiler c(program, decimal_separator, list_separator);
-  program.conversion_flag = false;
-  program.syntax_flag = false;
+bool Compiler::CompileDefinition(CompilerState& state, ModelProgram& program, const std::string& text,
+                                 const std::string& decimal_separator, const std::string& list_separator) {
+  Compiler c(state, program, decimal_separator, list_separator);
+  state.conversion_flag = false;
+  state.syntax_flag = false;
+  state.parameters.BeginDefinition();
+  state.variables_seen.fill(false);
   const std::int32_t length_before = program.Length();
   c.tok_.Reset(text);
   c.tok_.Next();
-  c.ParseExpression(1, names, 0);
+  c.ParseExpression(1, 0);
   if (!c.tok_.Token().empty()) c.Fault();
-  if (program.syntax_flag && program.Length() != length_before) program.well_formed = false;
-  return !program.syntax_flag;
+  if (state.syntax_flag && program.Length() != length_before) program.well_formed = false;
+  return !state.syntax_flag;
 }
 
 void Compiler::Expect(const std::string& token) {
@@ -77,183 +49,209 @@ void Compiler::Expect(const std::string& token) {
   tok_.Next();
 }
 
-void Compiler::Emit(std::string text, OpKind kind, std::int16_t code, double value) {
+ModelOp* Compiler::Emit(std::string text, OpKind kind, std::int16_t code, double value) {
   // Record indexes are 16-bit. A program that would outgrow them (it only
   // grows, over many definitions on one object) refuses the model rather
   // than lose a record.
   if (p_.Length() >= std::numeric_limits<std::int16_t>::max()) {
     Fault();
-    return;
+    return nullptr;
   }
-  ModelOp op;
+  ModelOp& op = p_.ops.emplace_back();
   op.kind = kind;
   op.text = std::move(text);
   op.code = code;
   op.value = value;
-  p_.ops.push_back(std::move(op));
+  return &op;
 }
 
-void Compiler::ParseExpression(int level, std::string& names, int depth) {
+void Compiler::EmitParameter(const std::string& text, const std::string& spelling) {
+  ModelOp* op = Emit(text, OpKind::Parameter);
+  if (op == nullptr) return;
+  if (text == "endtrue") op->marker = JumpMarker::EndTrue;
+  if (text == "endif") op->marker = JumpMarker::EndIf;
+  s_.parameters.Note(spelling, p_.Length());
+}
+
+void Compiler::EmitFunction(const FunctionRow& row) {
+  ModelOp* op = Emit(std::string(row.word), OpKind::Function, FunctionCode(row));
+  if (op == nullptr) return;
+  op->function = &row;
+  op->marker = MarkerOf(row.control);
+}
+
+void Compiler::ParseExpression(int level, int depth) {
   if (depth > kMaxNesting) {
     Fault();
     return;
   }
-  ParseOperand(names, depth);
-  while (!p_.syntax_flag) {
-    const BinaryOperator* taken = nullptr;
-    for (const BinaryOperator& op : kBinaryOperators) {
-      if (tok_.Token() == op.token && level <= op.level) {
-        taken = &op;
+  ParseOperand(depth);
+  while (!s_.syntax_flag) {
+    std::size_t taken = kBinaryOperators.size();
+    for (std::size_t i = 0; i < kBinaryOperators.size(); ++i) {
+      if (tok_.Token() == kBinaryOperators[i].token && level <= kBinaryOperators[i].level) {
+        taken = i;
         break;
       }
     }
-    if (taken == nullptr) break;
+    if (taken == kBinaryOperators.size()) break;
+    const BinaryOperator& op = kBinaryOperators[taken];
     tok_.Next();
-    ParseExpression(taken->right_level, names, depth + 1);
-    Emit(std::string(taken->token), OpKind::Binary, static_cast<std::int16_t>(taken->code));
+    ParseExpression(op.right_level, depth + 1);
+    ModelOp* record = Emit(std::string(op.token), OpKind::Binary, static_cast<std::int16_t>(taken + 1));
+    if (record != nullptr) record->operation = op.instr;
   }
 }
 
-void Compiler::ParseOperand(std::string& names, int depth) {
+void Compiler::ParseOperand(int depth) {
   const std::string token = tok_.Token();
   const std::string lower = LowerAscii(token);
-  if (lower == "x") {
-    Emit("x", OpKind::Variable);
-    names.insert(0, "x,");
-    tok_.Next();
-  } else if ((lower.size() == 1 && lower[0] >= 'a' && lower[0] <= 't') || lower == "x0" || lower == "x1" ||
-             lower == "x2") {
-    Emit(lower, OpKind::Parameter);
-    names += token;
-    names += ',';
-    tok_.Next();
+  if (VariableNumber(lower, s_.several_variables) >= 0 || IsLetterAToT(lower)) {
+    ParseName(depth);
   } else if (token == "num") {
     // A lexeme that does not convert is the constant 0, not a fault: the
     // parser's trap notes it and goes on. Only the grammar rejects a text.
     double value = 0.0;
     if (!ConvertNumericLexeme(tok_.Lexeme(), tok_.DecimalSeparator(), value)) {
-      p_.conversion_flag = true;
+      s_.conversion_flag = true;
       value = 0.0;
     }
     Emit(tok_.Lexeme(), OpKind::Constant, 0, value);
     tok_.Next();
-  } else if (token == "-") {
+  } else if (token == "-" || lower == kNot.text) {
+    const UnaryOperator& op = token == "-" ? kNegate : kNot;
     tok_.Next();
-    ParseExpression(kUnaryMinusLevel, names, depth + 1);
-    Emit("neg", OpKind::Unary, static_cast<std::int16_t>(UnaryOp::Negate));
-  } else if (lower == "not") {
-    tok_.Next();
-    ParseExpression(kNotLevel, names, depth + 1);
-    Emit("not", OpKind::Unary, static_cast<std::int16_t>(UnaryOp::Not));
+    ParseExpression(op.operand_level, depth + 1);
+    ModelOp* record =
+        Emit(std::string(op.text), OpKind::Unary, static_cast<std::int16_t>(&op - kUnaryOperators.data() + 1));
+    if (record != nullptr) record->operation = op.instr;
   } else if (token == "(") {
     tok_.Next();
-    ParseExpression(1, names, depth + 1);
+    ParseExpression(1, depth + 1);
     Expect(")");
   } else if (!token.empty() && token == tok_.ListSeparator()) {
     // A stray separator in front of an operand is skipped: ",x+a" reads as
     // "x+a". Long-standing behaviour of the language.
     tok_.Next();
-    ParseExpression(1, names, depth + 1);
+    ParseExpression(1, depth + 1);
   } else if (token == "id") {
-    ParseIdentifier(names, depth);
+    ParseName(depth);
   } else {
     Fault();  // the end of the text included
   }
 }
 
-void Compiler::ParseIdentifier(std::string& names, int depth) {
+void Compiler::ParseName(int depth) {
   const std::string lexeme = tok_.Lexeme();
   const std::string lower = LowerAscii(lexeme);
-  if (IsFunctionWord(lower)) {
-    ParseCall(lower, names, depth);
-  } else if (IsSubDefinitionWord(lower)) {
-    ParseSubDefinition(lower, names, depth);
-  } else if (DataWordIndex(lower) >= 0) {
-    Emit(lower, OpKind::DataWord);
-    tok_.Next();
-  } else if (lower == "pi") {
-    // The one named constant, written in the local form and converted like
-    // any literal.
-    const std::string text = "3" + tok_.DecimalSeparator() + "14159265358979";
-    double value = 0.0;
-    if (!ConvertNumericLexeme(text, tok_.DecimalSeparator(), value)) p_.conversion_flag = true;
-    Emit(text, OpKind::Constant, 0, value);
-    tok_.Next();
-  } else {
-    Emit(lexeme, OpKind::Parameter);
-    names += lexeme;
-    names += ',';
-    tok_.Next();
+  const Symbol symbol = symbols_.Resolve(lower);
+  switch (symbol.kind) {
+    case SymbolKind::Function:
+      ParseCall(*symbol.function, depth);
+      return;
+    case SymbolKind::SubDefinition:
+      ParseSubDefinition(symbol.number, lower, depth);
+      return;
+    case SymbolKind::Variable: {
+      const std::int16_t k = symbol.number;
+      std::string text = "x";
+      if (k > 0) text += std::to_string(k);
+      ModelOp* op = Emit(std::move(text), OpKind::Variable, k);
+      if (op != nullptr) op->variable = k;
+      s_.variables_seen[static_cast<std::size_t>(k)] = true;
+      break;
+    }
+    case SymbolKind::DataWord: {
+      ModelOp* op = Emit(lower, OpKind::DataWord);
+      if (op != nullptr) {
+        op->data_word = symbol.data_word;
+        op->variable = symbol.number;
+      }
+      break;
+    }
+    case SymbolKind::Pi: {
+      // The one named constant, written in the local form and converted like
+      // any literal.
+      const std::string text = "3" + tok_.DecimalSeparator() + "14159265358979";
+      double value = 0.0;
+      if (!ConvertNumericLexeme(text, tok_.DecimalSeparator(), value)) s_.conversion_flag = true;
+      Emit(text, OpKind::Constant, 0, value);
+      break;
+    }
+    case SymbolKind::Parameter:
+      // The single letters a to t are recorded in lower case, other names as
+      // written; the spelling of the first occurrence names the parameter.
+      EmitParameter(IsLetterAToT(lower) ? lower : lexeme, lexeme);
+      break;
   }
+  tok_.Next();
 }
 
-void Compiler::ParseCall(const std::string& word, std::string& names, int depth) {
-  const std::int16_t code = LookupFunctionCode(word);
-  if (code == 0) Fault();
-  const std::string& separator = tok_.ListSeparator();
+void Compiler::ParseCall(const FunctionRow& row, int depth) {
+  const std::string separator = tok_.ListSeparator();
   tok_.Next();
   Expect("(");
-  if (code == kCodeIf) {
-    p_.model_has_conditional = true;
-    ParseExpression(1, names, depth + 1);
-    Emit("if", OpKind::Function, kCodeIf);
+  if (row.control == Control::If) {
+    static const FunctionRow& end_true = *FindFunctionRow("endtrue");
+    static const FunctionRow& end_if = *FindFunctionRow("endif");
+    s_.model_has_conditional = true;
+    ParseExpression(1, depth + 1);
+    EmitFunction(row);
     Expect(separator);
-    ParseExpression(1, names, depth + 1);
-    Emit("endtrue", OpKind::Function, kCodeEndTrue);
+    ParseExpression(1, depth + 1);
+    EmitFunction(end_true);
     Expect(separator);
-    ParseExpression(1, names, depth + 1);
-    Emit("endif", OpKind::Function, kCodeEndIf);
+    ParseExpression(1, depth + 1);
+    EmitFunction(end_if);
     Expect(")");
     return;
   }
-  const int arity = FunctionArity(code);  // 1, 2 or 3 by the dictionary
-  ParseExpression(1, names, depth + 1);
-  for (int i = 2; i <= arity; ++i) {
+  ParseExpression(1, depth + 1);
+  for (int i = 2; i <= row.arity; ++i) {
     Expect(separator);
-    ParseExpression(1, names, depth + 1);
+    ParseExpression(1, depth + 1);
   }
   Expect(")");
-  Emit(word, OpKind::Function, code);
+  EmitFunction(row);
 }
 
-void Compiler::ParseSubDefinition(const std::string& word, std::string& names, int depth) {
-  const int k = word[1] - '0';
+void Compiler::ParseSubDefinition(int k, const std::string& word, int depth) {
   const auto ku = static_cast<std::size_t>(k);
-  if (p_.sub_done[ku]) {
+  if (s_.sub_done[ku]) {
     // Inlined once already: every later reference recalls the saved value.
     Emit(word, OpKind::Recall, static_cast<std::int16_t>(k));
     tok_.Next();
     return;
   }
-  if (p_.sub_open[ku]) {
+  if (s_.sub_open[ku]) {
     // Refers to itself, directly or through others. The token stays.
-    if (!p_.syntax_flag) {
-      p_.syntax_flag = true;
-      p_.cyclic_flag = true;
+    if (!s_.syntax_flag) {
+      s_.syntax_flag = true;
+      s_.cyclic_flag = true;
     }
     return;
   }
-  const bool beyond_bound = ku >= p_.sub_texts.size();
-  if (beyond_bound) p_.conversion_flag = true;  // the trap caught the read
-  const std::string text = beyond_bound ? std::string() : p_.sub_texts[ku];
-  if (text.empty() && !p_.syntax_flag) {
-    p_.syntax_flag = true;
-    p_.undefined_sub_flag = true;
+  const bool beyond_bound = ku >= s_.sub_texts.size();
+  if (beyond_bound) s_.conversion_flag = true;  // the trap caught the read
+  const std::string text = beyond_bound ? std::string() : s_.sub_texts[ku];
+  if (text.empty() && !s_.syntax_flag) {
+    s_.syntax_flag = true;
+    s_.undefined_sub_flag = true;
   }
   if (beyond_bound) return;
-  p_.sub_open[ku] = true;
+  s_.sub_open[ku] = true;
   tok_.Splice(text);
   tok_.Next();
   Expect("(");
-  ParseExpression(1, names, depth + 1);
+  ParseExpression(1, depth + 1);
   Expect(")");
   // Only a finished inlining marks the sub-definition done and closes it; one
   // that failed (a cycle above all) stays open on this object, so a later
   // definition that refers to it reports the cycle again.
-  if (p_.syntax_flag) return;
+  if (s_.syntax_flag) return;
   Emit("save" + word, OpKind::Save, static_cast<std::int16_t>(k));
-  p_.sub_done[ku] = true;
-  p_.sub_open[ku] = false;
+  s_.sub_done[ku] = true;
+  s_.sub_open[ku] = false;
 }
 
 }  // namespace tessarix::detail

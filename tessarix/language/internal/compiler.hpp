@@ -1,17 +1,18 @@
 // The expression compiler: one recursive precedence parser that emits postfix
-// records into a ModelProgram as it parses (no tree is built), discovers the
-// independent variable and the parameters from the text, inlines the
-// sub-definitions F1..F9 and builds the jump table of the conditional.
+// records into a ModelProgram as it parses (no tree is built), resolves every
+// name through the symbol table as it meets it, inlines the sub-definitions
+// F1..F9 and builds the jump table of the conditional.
 //
-// Nothing here raises to a caller: faults end in the flags of the program,
-// which the model definition turns into numbered errors.
+// Nothing here raises to a caller: faults end in the flags of the compiler
+// state, which the model definition turns into numbered errors.
 #pragma once
 
 #include <cstdint>
 #include <string>
-#include <vector>
 
+#include "tessarix/language/internal/compiler_state.hpp"
 #include "tessarix/language/internal/model_program.hpp"
+#include "tessarix/language/internal/symbol_table.hpp"
 #include "tessarix/language/internal/tokeniser.hpp"
 
 namespace tessarix::detail {
@@ -22,43 +23,42 @@ inline constexpr int kMaxNesting = 256;
 
 class Compiler {
  public:
-  // Compiles the local-form text, appending records to `program` and the
-  // variable and parameter occurrences to `names` ("x," in front for every x,
-  // then "name," for every parameter occurrence, in order). Clears the
+  // Compiles the local-form text in the state's mode, appending records to
+  // `program`, the parameters met to the state's parameter table and the
+  // variables met to its variable marks (both started afresh). Clears the
   // conversion and syntax flags first; returns true when no syntax fault
   // occurred and the whole text was read.
-  static bool CompileDefinition(ModelProgram& program, const std::string& text, const std::string& decimal_separator,
-                                const std::string& list_separator, std::string& names);
+  static bool CompileDefinition(CompilerState& state, ModelProgram& program, const std::string& text,
+                                const std::string& decimal_separator, const std::string& list_separator);
 
  private:
-  Compiler(ModelProgram& program, const std::string& decimal_separator, const std::string& list_separator)
-      : p_(program), tok_(decimal_separator, list_separator) {}
+  Compiler(CompilerState& state, ModelProgram& program, const std::string& decimal_separator,
+           const std::string& list_separator)
+      : s_(state),
+        p_(program),
+        tok_(decimal_separator, list_separator, state.several_variables),
+        symbols_(SymbolTable::For(state.several_variables)) {}
 
-  void ParseExpression(int level, std::string& names, int depth);
-  void ParseOperand(std::string& names, int depth);
-  void ParseIdentifier(std::string& names, int depth);
-  void ParseCall(const std::string& word, std::string& names, int depth);
-  void ParseSubDefinition(const std::string& word, std::string& names, int depth);
+  void ParseExpression(int level, int depth);
+  void ParseOperand(int depth);
+  void ParseName(int depth);
+  void ParseCall(const FunctionRow& row, int depth);
+  void ParseSubDefinition(int k, const std::string& word, int depth);
   void Expect(const std::string& token);
-  void Emit(std::string text, OpKind kind, std::int16_t code = 0, double value = 0.0);
-  void Fault() { p_.syntax_flag = true; }
+  ModelOp* Emit(std::string text, OpKind kind, std::int16_t code = 0, double value = 0.0);
+  void EmitParameter(const std::string& text, const std::string& spelling);
+  void EmitFunction(const FunctionRow& row);
+  void Fault() { s_.syntax_flag = true; }
 
+  CompilerState& s_;
   ModelProgram& p_;
   Tokeniser tok_;
+  const SymbolTable& symbols_;
 };
 
-// Removes every leading "x," of the name list (any case); true if there was one.
-bool StripIndependentVariable(std::string& names);
-
-// The distinct parameter names of the list in sorted order, spelled as at
-// their first occurrence; every record of the whole program whose text equals
-// a name (any case) gets that name's 1-based index. A count beyond 16 bits
-// faults with "Overflow".
-std::vector<std::string> CollectParameters(ModelProgram& program, const std::string& names);
-
-// Fills the jump table from the whole program when it holds an "if" (and
-// erases it otherwise). Nesting deeper than 100 faults with "Subscript out of
-// range", as does a marker without its opening record.
+// Fills the jump table from the whole program when it holds an "if" marker
+// (and erases it otherwise). Nesting deeper than 100 faults with "Subscript
+// out of range", as does a marker without its opening record.
 void BuildJumpTable(ModelProgram& program);
 
 // Rebuilds the evaluator's instructions from the records: parameters outside

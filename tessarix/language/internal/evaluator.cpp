@@ -4,95 +4,37 @@
 #include <cstdint>
 #include <limits>
 
-#include "tessarix/language/internal/function_table.hpp"
 #include "tessarix/numerics/power.hpp"
 #include "tessarix/platform/rounding.hpp"
 
 namespace tessarix::detail {
 
 void PrepareScratch(const ModelProgram& program, EvaluationScratch& scratch) {
-  // Every record pushes at most one cell and runs at most once per
-  // evaluation (jumps go forward only), so the program length bounds the stack.
-  const std::size_t cells = program.code.size() + 2;  // and cell -1
-  if (scratch.stack.size() < cells) scratch.stack.assign(cells, 0.0);
+  if (scratch.stack.size() < program.stack_cells) scratch.stack.assign(program.stack_cells, 0.0);
 }
 
 namespace {
 
 constexpr double kTrue = -1.0;
 constexpr double kFalse = 0.0;
+constexpr double kFailed = std::numeric_limits<double>::quiet_NaN();
 
-// The binary operators. False for a failed operation; the conversions to
-// 32-bit integers may also raise "Overflow", which the caller catches.
-[[nodiscard]] inline bool Binary(std::int16_t code, double a, double b, double& r) {
-  switch (static_cast<BinaryOp>(code)) {
-    case BinaryOp::Power:
-      r = Power(a, b);
-      break;
-    case BinaryOp::Add:
-      r = a + b;
-      break;
-    case BinaryOp::Subtract:
-      r = a - b;
-      break;
-    case BinaryOp::Multiply:
-      r = a * b;
-      break;
-    case BinaryOp::Divide:
-      if (b == 0.0) return false;
-      r = a / b;
-      break;
-    case BinaryOp::IntDivide: {
-      const std::int32_t ia = RoundToInt32(a), ib = RoundToInt32(b);
-      if (ib == 0) return false;
-      if (ia == std::numeric_limits<std::int32_t>::min() && ib == -1) return false;  // overflows 32 bits
-      r = static_cast<double>(ia / ib);
-      break;
-    }
-    case BinaryOp::Mod: {
-      const std::int32_t ia = RoundToInt32(a), ib = RoundToInt32(b);
-      if (ib == 0) return false;
-      r = ib == -1 ? 0.0 : static_cast<double>(ia % ib);
-      break;
-    }
-    case BinaryOp::Equal:
-      r = a == b ? kTrue : kFalse;
-      break;
-    case BinaryOp::Less:
-      r = a < b ? kTrue : kFalse;
-      break;
-    case BinaryOp::Greater:
-      r = a > b ? kTrue : kFalse;
-      break;
-    case BinaryOp::NotEqual:
-      r = a != b ? kTrue : kFalse;
-      break;
-    case BinaryOp::LessEqual:
-      r = a <= b ? kTrue : kFalse;
-      break;
-    case BinaryOp::GreaterEqual:
-      r = a >= b ? kTrue : kFalse;
-      break;
-    case BinaryOp::And:
-      r = static_cast<double>(RoundToInt32(a) & RoundToInt32(b));
-      break;
-    case BinaryOp::Or:
-      r = static_cast<double>(RoundToInt32(a) | RoundToInt32(b));
-      break;
-    case BinaryOp::Xor:
-      r = static_cast<double>(RoundToInt32(a) ^ RoundToInt32(b));
-      break;
-    case BinaryOp::Eqv:
-      r = static_cast<double>(~(RoundToInt32(a) ^ RoundToInt32(b)));
-      break;
-    case BinaryOp::Imp:
-      r = static_cast<double>(~RoundToInt32(a) | RoundToInt32(b));
-      break;
-    default:
-      return false;
-  }
-  return std::isfinite(r);
+// The integer operators convert both operands to 32-bit integers, rounding
+// half to even; a conversion out of range raises "Overflow", which the caller
+// catches. NaN stands for a failed operation and fails the step's check.
+inline double IntDivide(double a, double b) {
+  const std::int32_t ia = RoundToInt32(a), ib = RoundToInt32(b);
+  if (ib == 0) return kFailed;
+  if (ia == std::numeric_limits<std::int32_t>::min() && ib == -1) return kFailed;  // overflows 32 bits
+  return static_cast<double>(ia / ib);  // NOLINT(bugprone-integer-division): the language's integer division
 }
+inline double Mod(double a, double b) {
+  const std::int32_t ia = RoundToInt32(a), ib = RoundToInt32(b);
+  if (ib == 0) return kFailed;
+  return ib == -1 ? 0.0 : static_cast<double>(ia % ib);
+}
+inline double Truth(bool holds) { return holds ? kTrue : kFalse; }
+inline double Quotient(double a, double b) { return b == 0.0 ? kFailed : a / b; }
 
 // The top of the stack is kept in a register (`top`); the cells below it are
 // in memory, st[1..sp-1]. A push spills the old top.
@@ -141,10 +83,11 @@ constexpr double kFalse = 0.0;
 // kChecked: the program may hold partial records of a failed compile, so
 // every read of the top and every pop tests for the empty stack.
 template <bool kChecked>
-bool Run(const ModelProgram& program, EvaluationScratch& scratch, const double* parameters, double x,
-         const DataStatistics& stats, double& y) {
+[[gnu::always_inline]] inline bool Run(const ModelProgram& program, EvaluationScratch& scratch,
+                                       const double* parameters, double x, const double* point,
+                                       const DataStatistics& stats, double& y) {
   const Instruction* code = program.code.data();
-  const std::int32_t length = static_cast<std::int32_t>(program.code.size()) - 1;
+  const std::int32_t length = program.code_length;
   // Cell -1 exists in memory, so that a push after an "if" that emptied the
   // stack of a broken program spills into it harmlessly.
   double* st = scratch.stack.data() + 1;
@@ -159,14 +102,16 @@ bool Run(const ModelProgram& program, EvaluationScratch& scratch, const double* 
     switch (in.op) {
       case Instr::Skip:
         break;
-      case Instr::Variable:
+      case Instr::X:
         TSX_PUSH(x)
+      case Instr::Variable:
+        TSX_PUSH(point[in.a])
       case Instr::Constant:
         TSX_PUSH(in.value)
       case Instr::Parameter:
         TSX_PUSH(parameters[in.a])
       case Instr::DataWord:
-        TSX_PUSH(stats.Lookup(static_cast<DataWord>(in.a)))
+        TSX_PUSH(stats.Lookup(static_cast<DataWord>(in.a), in.b))
       case Instr::Recall:
         TSX_PUSH(saved[in.a])
       case Instr::Save:
@@ -188,15 +133,7 @@ bool Run(const ModelProgram& program, EvaluationScratch& scratch, const double* 
       case Instr::Multiply:
         TSX_BINARY(a * b)
       case Instr::Divide:
-        TSX_BINARY(b == 0.0 ? std::numeric_limits<double>::quiet_NaN() : a / b)
-      case Instr::Binary: {
-        --sp;
-        if (kChecked && sp < 0) return false;
-        double r;
-        if (!Binary(in.code, st[sp], top, r)) return false;
-        top = r;
-        break;
-      }
+        TSX_BINARY(Quotient(a, b))
       case Instr::AddX:
         TSX_FUSED(x, a + b)
       case Instr::SubtractX:
@@ -204,7 +141,7 @@ bool Run(const ModelProgram& program, EvaluationScratch& scratch, const double* 
       case Instr::MultiplyX:
         TSX_FUSED(x, a * b)
       case Instr::DivideX:
-        TSX_FUSED(x, b == 0.0 ? std::numeric_limits<double>::quiet_NaN() : a / b)
+        TSX_FUSED(x, Quotient(a, b))
       case Instr::AddParameter:
         TSX_FUSED(parameters[in.a], a + b)
       case Instr::SubtractParameter:
@@ -212,7 +149,7 @@ bool Run(const ModelProgram& program, EvaluationScratch& scratch, const double* 
       case Instr::MultiplyParameter:
         TSX_FUSED(parameters[in.a], a * b)
       case Instr::DivideParameter:
-        TSX_FUSED(parameters[in.a], b == 0.0 ? std::numeric_limits<double>::quiet_NaN() : a / b)
+        TSX_FUSED(parameters[in.a], Quotient(a, b))
       case Instr::AddConstant:
         TSX_FUSED(in.value, a + b)
       case Instr::SubtractConstant:
@@ -220,29 +157,57 @@ bool Run(const ModelProgram& program, EvaluationScratch& scratch, const double* 
       case Instr::MultiplyConstant:
         TSX_FUSED(in.value, a * b)
       case Instr::DivideConstant:
-        TSX_FUSED(in.value, b == 0.0 ? std::numeric_limits<double>::quiet_NaN() : a / b)
+        TSX_FUSED(in.value, Quotient(a, b))
       case Instr::Exp:
         TSX_UNARY(std::exp(v))
       case Instr::Ln:
-        TSX_UNARY(v > 0.0 ? std::log(v) : std::numeric_limits<double>::quiet_NaN())
+        TSX_UNARY(v > 0.0 ? std::log(v) : kFailed)
       case Instr::Sqrt:
-        TSX_UNARY(v >= 0.0 ? std::sqrt(v) : std::numeric_limits<double>::quiet_NaN())
+        TSX_UNARY(v >= 0.0 ? std::sqrt(v) : kFailed)
       case Instr::Sin:
         TSX_UNARY(std::sin(v))
       case Instr::Cos:
         TSX_UNARY(std::cos(v))
-      case Instr::Function1:
-        TSX_UNARY(ApplyFunction1(in.code, v))
-      case Instr::Function2:
-        TSX_BINARY(ApplyFunction2(in.code, a, b))
-      case Instr::Function3: {
+      case Instr::Call1:
+        TSX_UNARY(in.f1(v))
+      case Instr::Call2:
+        TSX_BINARY(in.f2(a, b))
+      case Instr::Call3: {
         sp -= 2;
         if (kChecked && sp < 0) return false;
-        const double r = ApplyFunction3(in.code, st[sp], st[sp + 1], top);
+        const double r = in.f3(st[sp], st[sp + 1], top);
         if (!std::isfinite(r)) return false;
         top = r;
         break;
       }
+      case Instr::Power:
+        TSX_BINARY(Power(a, b))
+      case Instr::IntDivide:
+        TSX_BINARY(IntDivide(a, b))
+      case Instr::Mod:
+        TSX_BINARY(Mod(a, b))
+      case Instr::Equal:
+        TSX_BINARY(Truth(a == b))
+      case Instr::Less:
+        TSX_BINARY(Truth(a < b))
+      case Instr::Greater:
+        TSX_BINARY(Truth(a > b))
+      case Instr::NotEqual:
+        TSX_BINARY(Truth(a != b))
+      case Instr::LessEqual:
+        TSX_BINARY(Truth(a <= b))
+      case Instr::GreaterEqual:
+        TSX_BINARY(Truth(a >= b))
+      case Instr::And:
+        TSX_BINARY(static_cast<double>(RoundToInt32(a) & RoundToInt32(b)))
+      case Instr::Or:
+        TSX_BINARY(static_cast<double>(RoundToInt32(a) | RoundToInt32(b)))
+      case Instr::Xor:
+        TSX_BINARY(static_cast<double>(RoundToInt32(a) ^ RoundToInt32(b)))
+      case Instr::Eqv:
+        TSX_BINARY(static_cast<double>(~(RoundToInt32(a) ^ RoundToInt32(b))))
+      case Instr::Imp:
+        TSX_BINARY(static_cast<double>(~RoundToInt32(a) | RoundToInt32(b)))
       case Instr::If: {
         // Only exactly -1 is true; the branch not taken is not evaluated.
         if (kChecked && sp < 0) return false;
@@ -272,17 +237,36 @@ bool Run(const ModelProgram& program, EvaluationScratch& scratch, const double* 
 
 }  // namespace
 
-bool EvaluateProgram(const ModelProgram& program, EvaluationScratch& scratch, const double* parameters, double x,
-                     const DataStatistics& stats, double& y) noexcept {
+namespace {
+// x is point[0], handed over apart so that a model of one variable reads it
+// from a register.
+[[gnu::always_inline]] inline bool Evaluate(const ModelProgram& program, EvaluationScratch& scratch,
+                                            const double* parameters, double x, const double* point,
+                                            const DataStatistics& stats, double& y) noexcept {
   try {
-    if (scratch.stack.size() < program.code.size() + 2) PrepareScratch(program, scratch);
-    if (program.well_formed) return Run<false>(program, scratch, parameters, x, stats, y);
-    return Run<true>(program, scratch, parameters, x, stats, y);
+    if (scratch.stack.size() < program.stack_cells) PrepareScratch(program, scratch);
+    if (program.well_formed) return Run<false>(program, scratch, parameters, x, point, stats, y);
+    return Run<true>(program, scratch, parameters, x, point, stats, y);
   } catch (...) {
     // A fault of a library routine, a conversion out of range, an exhausted
     // allocator: the model cannot be evaluated here.
     return false;
   }
+}
+}  // namespace
+
+bool EvaluateProgram(const ModelProgram& program, EvaluationScratch& scratch, const double* parameters,
+                     std::span<const double> point, const DataStatistics& stats, double& y) noexcept {
+  // A point without the variables the records read (records of an earlier
+  // definition included) cannot be evaluated.
+  if (point.size() < static_cast<std::size_t>(program.point_size)) return false;
+  return Evaluate(program, scratch, parameters, point[0], point.data(), stats, y);
+}
+
+bool EvaluateProgram(const ModelProgram& program, EvaluationScratch& scratch, const double* parameters, double x,
+                     const DataStatistics& stats, double& y) noexcept {
+  if (program.point_size > 1) return false;
+  return Evaluate(program, scratch, parameters, x, &x, stats, y);
 }
 
 }  // namespace tessarix::detail

@@ -47,8 +47,8 @@ std::string DumpProgram(const ModelProgram& program) {
     if (op.kind == OpKind::Constant) out << " =" << op.value;
     if (op.kind == OpKind::Function && program.has_jump_table && static_cast<std::size_t>(i) < program.jumps.size()) {
       const JumpEntry& j = program.jumps[static_cast<std::size_t>(i)];
-      if (op.code == kCodeIf) out << " ->" << j.true_target << '/' << j.false_target;
-      if (op.code == kCodeEndTrue) out << " ->" << j.true_target;
+      if (op.marker == JumpMarker::If) out << " ->" << j.true_target << '/' << j.false_target;
+      if (op.marker == JumpMarker::EndTrue) out << " ->" << j.true_target;
     }
     out << '\n';
   }

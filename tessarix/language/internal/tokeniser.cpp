@@ -14,18 +14,31 @@ std::string LowerAscii(std::string_view text) {
   return s;
 }
 
+int VariableNumber(std::string_view lower, bool several_variables) {
+  if (!several_variables) return lower == "x" ? 0 : -1;
+  if (lower.size() < 2 || lower.size() > 3 || lower[0] != 'x') return -1;
+  int k = 0;
+  for (std::size_t i = 1; i < lower.size(); ++i) {
+    if (lower[i] < '0' || lower[i] > '9') return -1;
+    k = k * 10 + (lower[i] - '0');
+  }
+  // "x01" to "x09" name the first nine too; "x0", "x00" and "x010" nothing.
+  return k >= 1 && k <= 50 ? k : -1;
+}
+
 namespace {
 bool IsDigit(std::string_view c) { return c.size() == 1 && c[0] >= '0' && c[0] <= '9'; }
 bool IsLowerLetter(std::string_view c) { return c.size() == 1 && c[0] >= 'a' && c[0] <= 'z'; }
 
 // Words that the tokeniser hands over as tokens of their own, as typed.
-constexpr std::array<std::string_view, 8> kReservedWords = {"and", "eqv", "imp", "mod", "not", "or", "xor", "x"};
+constexpr std::array<std::string_view, 7> kOperatorWords = {"and", "eqv", "imp", "mod", "not", "or", "xor"};
 
-bool IsReserved(std::string_view lower, std::string_view list_separator) {
+bool IsReserved(std::string_view lower, std::string_view list_separator, bool several_variables) {
   if (lower == list_separator) return true;
-  for (std::string_view w : kReservedWords) {
+  for (std::string_view w : kOperatorWords) {
     if (lower == w) return true;
   }
+  if (VariableNumber(lower, several_variables) >= 0) return true;
   return lower.size() == 1 && lower[0] >= 'a' && lower[0] <= 't';
 }
 }  // namespace
@@ -95,7 +108,7 @@ void Tokeniser::Next() {
       if (!(IsLowerLetter(next) || IsDigit(next) || next == "_")) break;
       lexeme_ += Take();
     }
-    if (IsReserved(LowerAscii(lexeme_), list_)) token_ = lexeme_;
+    if (IsReserved(LowerAscii(lexeme_), list_, several_)) token_ = lexeme_;
   } else if (c == "<" || c == ">") {
     // ">>" is produced too; no rule accepts it later.
     token_.assign(c);

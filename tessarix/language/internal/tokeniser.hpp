@@ -4,18 +4,23 @@
 // arguments separated by the list separator it is given (the locale is a layer
 // above; this class only takes the two separators as values). A "character" is
 // one UTF-8 sequence, so a multi-byte separator is one character.
+//
+// Reserved words come as tokens of their own, as typed: the word operators,
+// the list separator, the single letters "a" to "t" and the independent
+// variable(s) of the mode. Every other identifier is the token "id".
 #pragma once
 
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace tessarix::detail {
 
 class Tokeniser {
  public:
-  Tokeniser(std::string decimal_separator, std::string list_separator)
-      : decimal_(std::move(decimal_separator)), list_(std::move(list_separator)) {}
+  Tokeniser(std::string decimal_separator, std::string list_separator, bool several_variables)
+      : decimal_(std::move(decimal_separator)), list_(std::move(list_separator)), several_(several_variables) {}
 
   // Starts over on `text`.
   void Reset(std::string_view text);
@@ -40,11 +45,17 @@ class Tokeniser {
 
   std::string decimal_;
   std::string list_;
+  bool several_;
   std::string source_;
   std::size_t pos_ = 0;
   std::string token_;
   std::string lexeme_;
 };
+
+// The number of an independent variable from its lower-case name: 0 for "x"
+// with one variable; k for "xk" (k of 1 to 50) and "x0k" (k below 10) with
+// several. -1 for any other name.
+[[nodiscard]] int VariableNumber(std::string_view lower, bool several_variables);
 
 // ASCII lower case, the case rule of every word of the language.
 [[nodiscard]] std::string LowerAscii(std::string_view text);

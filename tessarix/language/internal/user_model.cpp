@@ -6,22 +6,22 @@
 
 namespace tessarix::detail {
 
-void ResetLanguageFlags(ModelProgram& program) {
-  program.model_has_conditional = false;
-  program.model_syntax_flag = false;
-  program.cyclic_flag = false;
-  program.undefined_sub_flag = false;
+void ResetLanguageFlags(CompilerState& state) {
+  state.model_has_conditional = false;
+  state.model_syntax_flag = false;
+  state.cyclic_flag = false;
+  state.undefined_sub_flag = false;
 }
 
-void PrepareDefinition(ModelProgram& program, const tessarix::ModelDefinition& definition, InputLocaleEnum locale,
+void PrepareDefinition(CompilerState& state, const tessarix::ModelDefinition& definition, InputLocaleEnum locale,
                        const SystemSeparators& separators, tessarix::ModelDefinition& english,
                        tessarix::ModelDefinition& local) {
-  program.sub_texts.assign(10, std::string());
+  state.sub_texts.assign(10, std::string());
   english.SetDescription(definition.Description());
   local.SetDescription(definition.Description());
   if (definition.Y().empty()) {
     // The compiler reports the empty text as a syntax fault.
-    program.sub_texts.resize(1);
+    state.sub_texts.resize(1);
     return;
   }
   int highest = 0;
@@ -36,45 +36,61 @@ void PrepareDefinition(ModelProgram& program, const tessarix::ModelDefinition& d
       text = ToLocalForm(text, separators);
       ModelDefinitionAccess::Formula(local, k) = text;
     }
-    program.sub_texts[static_cast<std::size_t>(k)] = std::move(text);
+    state.sub_texts[static_cast<std::size_t>(k)] = std::move(text);
     highest = k;
   }
-  program.sub_texts.resize(static_cast<std::size_t>(highest) + 1);
+  state.sub_texts.resize(static_cast<std::size_t>(highest) + 1);
   // A gap in the numbering is a fault even where nothing refers to it.
   for (int k = 1; k <= highest; ++k) {
-    if (program.sub_texts[static_cast<std::size_t>(k)].empty()) {
+    if (state.sub_texts[static_cast<std::size_t>(k)].empty()) {
       throw ErrorFactory::Make(ErrorCode::ModelMissingSub,
                                ErrorMessage(ErrorCode::ModelMissingSub) + " F" + std::to_string(k));
     }
   }
 }
 
-std::vector<std::string> CompileUserModel(ModelProgram& program, const SystemSeparators& separators) {
-  std::string names;
-  const std::string text = program.sub_texts.empty() ? std::string() : program.sub_texts[0];
-  const bool compiled = Compiler::CompileDefinition(program, text, separators.SystemDecimalSeparator,
-                                                    separators.SystemListSeparator, names);
-  std::vector<std::string> parameters;
-  bool x_seen = false;
+namespace {
+// The variables met, as the number of elements of a point: 1 for x; m when
+// x1..xm all appear; 0 when none does, -1 when one below the highest is
+// missing.
+std::int32_t VariableCount(const CompilerState& state) {
+  if (!state.several_variables) return state.variables_seen[0] ? 1 : 0;
+  std::int32_t highest = 0;
+  for (std::int32_t k = 1; k <= kMaxIndependentVariables; ++k) {
+    if (state.variables_seen[static_cast<std::size_t>(k)]) highest = k;
+  }
+  for (std::int32_t k = 1; k < highest; ++k) {
+    if (!state.variables_seen[static_cast<std::size_t>(k)]) return -1;
+  }
+  return highest;
+}
+}  // namespace
+
+CompiledModel CompileUserModel(CompilerState& state, ModelProgram& program, const SystemSeparators& separators) {
+  const std::string text = state.sub_texts.empty() ? std::string() : state.sub_texts[0];
+  const bool compiled = Compiler::CompileDefinition(state, program, text, separators.SystemDecimalSeparator,
+                                                    separators.SystemListSeparator);
+  CompiledModel model;
   bool valid = false;
   if (compiled) {
-    program.model_syntax_flag = false;
-    x_seen = StripIndependentVariable(names);
-    if (!names.empty()) parameters = CollectParameters(program, names);
-    valid = !parameters.empty() && x_seen;
-    if (program.model_has_conditional) BuildJumpTable(program);
+    state.model_syntax_flag = false;
+    model.variables = VariableCount(state);
+    model.parameters = state.parameters.Collect(program);
+    valid = !model.parameters.empty() && model.variables > 0;
+    if (state.model_has_conditional) BuildJumpTable(program);
   } else {
-    program.model_syntax_flag = true;
+    state.model_syntax_flag = true;
   }
   if (valid) {
-    FinishProgram(program, static_cast<std::int32_t>(parameters.size()));
-    return parameters;
+    FinishProgram(program, static_cast<std::int32_t>(model.parameters.size()));
+    return model;
   }
-  if (program.cyclic_flag) RaiseLibraryError(ErrorCode::ModelCyclic);
-  if (program.undefined_sub_flag) RaiseLibraryError(ErrorCode::ModelUndefinedSubReference);
-  if (program.model_syntax_flag) RaiseLibraryError(ErrorCode::ModelSyntax);
-  if (!x_seen) RaiseLibraryError(ErrorCode::ModelNoIndependentVariables);
-  if (!parameters.empty()) RaiseLibraryError(ErrorCode::ModelSyntax);
+  if (state.cyclic_flag) RaiseLibraryError(ErrorCode::ModelCyclic);
+  if (state.undefined_sub_flag) RaiseLibraryError(ErrorCode::ModelUndefinedSubReference);
+  if (state.model_syntax_flag) RaiseLibraryError(ErrorCode::ModelSyntax);
+  if (model.variables == 0) RaiseLibraryError(ErrorCode::ModelNoIndependentVariables);
+  if (model.variables < 0) RaiseLibraryError(ErrorCode::ModelIndependentVariableMissing);
+  if (!model.parameters.empty()) RaiseLibraryError(ErrorCode::ModelSyntax);
   RaiseLibraryError(ErrorCode::ModelNoParameters);
 }
 

@@ -4,10 +4,12 @@
 // their guard, their model reset and the registration of the parameters.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
 #include "tessarix/foundation/enums.hpp"
+#include "tessarix/language/internal/compiler_state.hpp"
 #include "tessarix/language/internal/model_program.hpp"
 #include "tessarix/language/model_definition.hpp"
 #include "tessarix/platform/separators.hpp"
@@ -16,21 +18,27 @@ namespace tessarix::detail {
 
 // The part of the object's model reset that belongs to the language: the
 // conditional and error flags. Records and sub-definition marks stay.
-void ResetLanguageFlags(ModelProgram& program);
+void ResetLanguageFlags(CompilerState& state);
 
-// Fills program.sub_texts with the local form of Y and F1..Fk (k the highest
+// Fills state.sub_texts with the local form of Y and F1..Fk (k the highest
 // sub-definition given) and the two member definitions with both forms.
 // Raises 10018 "... missing sub-definition Fj" for a gap below k.
-void PrepareDefinition(ModelProgram& program, const tessarix::ModelDefinition& definition, InputLocaleEnum locale,
+void PrepareDefinition(CompilerState& state, const tessarix::ModelDefinition& definition, InputLocaleEnum locale,
                        const SystemSeparators& separators, tessarix::ModelDefinition& english,
                        tessarix::ModelDefinition& local);
 
-// Compiles sub_texts[0] with its sub-definitions, and on success returns the
-// parameter names in their sorted order with the program finished for them.
-// Otherwise raises, first that applies: 10016 (cycle), 10017 (undefined
-// sub-definition), 10015 (syntax), 10019 (no x), 10015 (parameters but no
-// valid model), 10021 (no parameters). Faults of the jump-table builder
-// propagate as run-time faults.
-std::vector<std::string> CompileUserModel(ModelProgram& program, const SystemSeparators& separators);
+struct CompiledModel {
+  std::vector<std::string> parameters;  // in their sorted order
+  std::int32_t variables = 0;           // elements of a point: 1 for x, m for x1..xm
+};
+
+// Compiles state.sub_texts[0] with its sub-definitions in the state's mode,
+// and on success returns the parameters and variables with the program
+// finished for them. Otherwise raises, first that applies: 10016 (cycle),
+// 10017 (undefined sub-definition), 10015 (syntax), 10019 (no independent
+// variable), 10020 (x1..xm not all present, several variables only), 10015
+// (parameters but no valid model), 10021 (no parameters). Faults of the
+// jump-table builder propagate as run-time faults.
+CompiledModel CompileUserModel(CompilerState& state, ModelProgram& program, const SystemSeparators& separators);
 
 }  // namespace tessarix::detail

@@ -102,9 +102,11 @@ TEST(FitCommand, Misra1aReproducesTheCertifiedValuesAndWritesItsFiles) {
   const test::XmlSummary plot = ParseXml(ReadFile(svg));
   ASSERT_TRUE(plot.well_formed) << plot.error;
   EXPECT_EQ(plot.root, "svg");
+  // 14 observations, 14 residuals and the legend's marker; one clip path per panel.
   EXPECT_EQ(std::count(plot.elements.begin(), plot.elements.end(), "circle"), 2 * 14 + 1);
   EXPECT_GE(std::count(plot.elements.begin(), plot.elements.end(), "polyline"), 1);
-  for (const char* label : {"pressure", "volume", "residual", "y = b1*(1-exp(-b2*x))"}) {
+  EXPECT_EQ(std::count(plot.elements.begin(), plot.elements.end(), "clipPath"), 2);
+  for (const char* label : {"pressure", "volume", "residual", "y = b1*(1-exp(-b2*x))", "0"}) {
     EXPECT_NE(std::find(plot.texts.begin(), plot.texts.end(), label), plot.texts.end()) << label;
   }
 
@@ -145,6 +147,27 @@ TEST(FitCommand, ThurberReproducesTheCertifiedValues) {
                    {"b6", 3.9797285797E-01, 1.4984928198E-02},
                    {"b7", 4.9727297349E-02, 6.5842344623E-03}},
                   5.6427082397E+03, 1.3714600784E+01);
+}
+
+// Two independent variables: the model is in x1 and x2, in the order of --x,
+// and the plot shows the observations against the predicted values.
+TEST(FitCommand, NelsonWithTwoVariablesReproducesTheCertifiedValues) {
+  const std::string plot = ScratchPath("nelson.svg");
+  const auto run = RunTool({"fit", ExamplePath("nelson.csv"), "--x", "time,temperature", "--y", "log_breakdown",
+                            "--model", "b1-b2*x1*exp(-b3*x2)", "--estimate", "b1=2", "--estimate", "b2=0.0001",
+                            "--estimate", "b3=-0.01", "--max-iterations", "1000", "--plot", plot});
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_NE(run.out.find("x1 = time, x2 = temperature, y = log_breakdown"), std::string::npos) << run.out;
+  ExpectCertified(run.out,
+                  {{"b1", 2.5906836021E+00, 1.9149996413E-02},
+                   {"b2", 5.6177717026E-09, 6.1124096540E-09},
+                   {"b3", -5.7701013174E-02, 3.9572366543E-03}},
+                  3.7976833176E+00, 1.7430280130E-01);
+  const auto svg = ParseXml(ReadFile(plot));
+  ASSERT_TRUE(svg.well_formed) << svg.error;
+  EXPECT_NE(std::find(svg.texts.begin(), svg.texts.end(), "predicted log_breakdown"), svg.texts.end());
+  const auto bad = RunTool({"fit", ExamplePath("nelson.csv"), "--x", "time,,temperature", "--model", "a*x1"});
+  EXPECT_NE(bad.status, 0);
 }
 
 TEST(FitCommand, CatalogueModelFixedParameterAndWeights) {
