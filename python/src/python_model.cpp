@@ -52,12 +52,15 @@ void PythonModel::Install(MultipleNonlinearRegressionEvents& events) {
 
 // The block is copied into an array of Python's own: a callable may keep
 // its argument (to cache or to count), and the library's table of points
-// does not outlive the fit. The copy is small beside the call.
+// does not outlive the fit. The copy is small beside the call. It is read
+// only, as the differences hand the same array to several calls.
 py::array_t<double> PythonModel::PointArray(std::span<const double> points, std::size_t rows) const {
   const auto n = static_cast<py::ssize_t>(rows);
   py::array_t<double> x =
       variables_ == 0 ? py::array_t<double>({n}) : py::array_t<double>({n, static_cast<py::ssize_t>(variables_)});
-  std::memcpy(x.mutable_data(), points.data(), points.size() * sizeof(double));
+  const std::size_t count = std::min(points.size(), static_cast<std::size_t>(x.size()));
+  std::memcpy(x.mutable_data(), points.data(), count * sizeof(double));
+  x.attr("setflags")(py::arg("write") = false);
   return x;
 }
 

@@ -1,6 +1,7 @@
 """Type stubs of the package tessarix."""
 
-from typing import Any, Callable, ClassVar, Dict, Iterable, List, Literal, Mapping, NamedTuple, Optional, Sequence, Tuple, Union, overload
+from typing import (Any, Callable, ClassVar, Dict, Iterable, List, Literal, Mapping, NamedTuple, Optional, Sequence,
+                    Tuple, Union, overload)
 
 import numpy as np
 import numpy.typing as npt

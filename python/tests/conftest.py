@@ -14,7 +14,8 @@ REPO = pathlib.Path(__file__).resolve().parents[2]
 
 def nist_dir():
     """The folder of the NIST .dat files, or None."""
-    candidates = [os.environ.get("TESSARIX_NIST_DIR"), REPO / "tests" / "support" / "nist", REPO.parent / "shared" / "nist"]
+    candidates = [os.environ.get("TESSARIX_NIST_DIR"), REPO / "tests" / "support" / "nist",
+                  REPO.parent / "shared" / "nist"]
     for c in candidates:
         if c and (pathlib.Path(c) / "Misra1a.dat").is_file():
             return pathlib.Path(c)

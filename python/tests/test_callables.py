@@ -81,6 +81,13 @@ def test_exceptions_of_the_model_are_raised_as_they_are():
     with pytest.raises(ValueError, match="returned 3 values for 50 points"):
         tessarix.fit(x, y, wrong_length)
 
+    def in_place(x, a, b):
+        x *= a  # the points are the library's: read only
+        return x + b
+
+    with pytest.raises(ValueError, match="read-only"):
+        tessarix.fit(x, y, in_place)
+
 
 def test_model_failing_where_it_is_not_finite():
     x, y = data(50)
@@ -102,6 +109,19 @@ def test_parameter_names_from_the_signature_or_given():
     assert r.names == ("a", "b", "c") and r.solved
     with pytest.raises(TypeError, match="parameters="):
         tessarix.fit(x, y, lambda t, *p: t)
+
+
+def test_several_variables_as_text():
+    rng = np.random.default_rng(3)
+    x = rng.uniform(0.5, 3.0, size=(150, 2))
+    y = 1.5 * x[:, 0] ** 2 + 0.7 * np.log(x[:, 1]) + 0.001 * np.sin(40 * x[:, 0])
+    r = tessarix.fit(x, y, "a*x1^2+b*log(x2)")
+    assert r.solved and r.variables == 2
+    np.testing.assert_allclose(r.values, [1.5, 0.7], rtol=1e-3)
+    np.testing.assert_allclose(r.predict(x[:4]), r.predicted[:4], rtol=1e-12)
+    with pytest.raises(tessarix.Error) as info:
+        tessarix.fit(x, y, "a*x1+b*x3")
+    assert info.value.code == "ModelIndependentVariableMissing"
 
 
 def test_several_variables_take_rows_of_points():

@@ -1,6 +1,8 @@
 """Results: queries, the report, pickling, independence across threads."""
 
+import os
 import pickle
+import signal
 import threading
 from concurrent.futures import ThreadPoolExecutor
 
@@ -96,6 +98,29 @@ def test_threads_fit_in_parallel_with_the_serial_results():
         np.testing.assert_array_equal(s.values, p.values)
         np.testing.assert_array_equal(s.residuals, p.residuals)
         assert s.statistics == p.statistics
+
+
+def test_ctrl_c_stops_a_long_fit():
+    # A signal handler that raises, as Python's SIGINT handler raises
+    # KeyboardInterrupt: the fit stops at the end of an iteration and the
+    # exception comes out of tessarix.fit.
+    class Stop(Exception):
+        pass
+
+    def handler(signum, frame):
+        raise Stop()
+
+    x = np.linspace(0.0, 10.0, 400000)
+    y = 3.0 * np.exp(-0.4 * x) + 1.0 + 0.01 * np.sin(13.0 * x)
+    previous = signal.signal(signal.SIGINT, handler)
+    timer = threading.Timer(0.2, lambda: os.kill(os.getpid(), signal.SIGINT))
+    try:
+        timer.start()
+        with pytest.raises(Stop):
+            tessarix.fit(x, y, "a*exp(-b*x)+c", max_iterations=10000, tolerance=1e-300)
+    finally:
+        timer.cancel()
+        signal.signal(signal.SIGINT, previous)
 
 
 def test_fit_lets_other_threads_run():
