@@ -4,6 +4,7 @@ import os
 import pickle
 import signal
 import threading
+import time
 from concurrent.futures import ThreadPoolExecutor
 
 import numpy as np
@@ -103,24 +104,43 @@ def test_threads_fit_in_parallel_with_the_serial_results():
 def test_ctrl_c_stops_a_long_fit():
     # A signal handler that raises, as Python's SIGINT handler raises
     # KeyboardInterrupt: the fit stops at the end of an iteration and the
-    # exception comes out of tessarix.fit.
+    # exception comes out of the fit. Left alone, this fit would run some
+    # 30000 iterations.
+    from tessarix._tessarix import _Regression
+
     class Stop(Exception):
         pass
 
     def handler(signum, frame):
         raise Stop()
 
-    x = np.linspace(0.0, 10.0, 400000)
+    x = np.linspace(0.0, 10.0, 100000)
     y = 3.0 * np.exp(-0.4 * x) + 1.0 + 0.01 * np.sin(13.0 * x)
+
+    def regression(iterations):
+        reg = _Regression(0)
+        reg.define_text("a*exp(-b*x)+c")
+        reg.set_max_iterations(iterations)
+        reg.set_max_unchanged_iterations(iterations)
+        reg.set_tolerance(1e-300)
+        return reg
+
+    start = time.perf_counter()
+    regression(1).fit(x, y, None)
+    one_iteration = time.perf_counter() - start
     previous = signal.signal(signal.SIGINT, handler)
     timer = threading.Timer(0.2, lambda: os.kill(os.getpid(), signal.SIGINT))
     try:
+        long_fit = regression(30000)
+        start = time.perf_counter()
         timer.start()
         with pytest.raises(Stop):
-            tessarix.fit(x, y, "a*exp(-b*x)+c", max_iterations=10000, tolerance=1e-300)
+            long_fit.fit(x, y, None)
+        stopped_after = time.perf_counter() - start
     finally:
         timer.cancel()
         signal.signal(signal.SIGINT, previous)
+    assert stopped_after < 0.2 + 50 * one_iteration
 
 
 def test_fit_lets_other_threads_run():
