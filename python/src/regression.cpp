@@ -282,8 +282,10 @@ std::vector<double> Regression::PredictCallable(const DoubleArray& x, std::size_
   std::vector<double> parameters;
   for (const auto& p : *Object().RegressionParameters()) parameters.push_back(p->Value());
   std::vector<double> out(rows);
+  model_->ClearPending();
   if (!model_->EvaluateHeld(parameters, {x.data(), static_cast<std::size_t>(x.size())}, out)) {
     model_->ThrowPending();
+    return {};
   }
   if (std::all_of(out.begin(), out.end(), [](double v) { return std::isfinite(v); })) return out;
   return {};
