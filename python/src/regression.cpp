@@ -27,14 +27,27 @@ Regression::Regression(std::int32_t variables) : variables_(variables) {
   WatchIterations();
 }
 
+namespace {
+
+// Python runs signal handlers on its main thread only. Call with the lock.
+bool OnMainThread() {
+  static const auto main_ident =
+      py::module_::import("threading").attr("main_thread")().attr("ident").cast<unsigned long>();
+  return PyThread_get_thread_ident() == main_ident;
+}
+
+}  // namespace
+
 void Regression::WatchIterations() {
   const auto watch = [this](std::int32_t, double, bool& abort) {
     if (model_ && model_->HasPending()) {
       abort = true;
       return;
     }
-    // Signal handlers run on the main thread only; elsewhere this is cheap.
-    if (!interrupt_) {
+    // Only a fit on the main thread takes the lock back to look for a
+    // signal: a fit on another thread would wait for the lock behind the
+    // threads that run Python.
+    if (watch_signals_ && !interrupt_) {
       py::gil_scoped_acquire lock;
       if (PyErr_CheckSignals() != 0) interrupt_.emplace();
     }
@@ -162,6 +175,7 @@ void Regression::Fit(py::handle x, py::handle y, py::handle sd, bool release) {
   }
   const auto run = [&](auto&& fit) {
     interrupt_.reset();
+    watch_signals_ = OnMainThread();
     Guarded([&] {
       if (release) {
         py::gil_scoped_release unlock;

@@ -87,6 +87,7 @@ class Regression {
   std::unique_ptr<MultipleNonlinearRegression> multiple_;
   std::shared_ptr<PythonModel> model_;
   std::optional<pybind11::error_already_set> interrupt_;
+  bool watch_signals_ = false;
 };
 
 void RegisterRegression(pybind11::module_& m);
