@@ -4,6 +4,7 @@
 #   1. Release build with g++, warnings fatal, benchmarks compiled; all tests.
 #   2. Debug build with clang, AddressSanitizer + UndefinedBehaviorSanitizer,
 #      warnings fatal; all tests again.
+#   2b. The fuzz targets, 30 s each (scripts/fuzz.sh; longer runs by hand).
 #   3. Install to a temporary prefix and build and run an outside consumer
 #      through find_package(tessarix).
 #   4. The Python module on the Release build of stage 1 (only the module is
@@ -52,6 +53,9 @@ cmake -S . -B "$work/asan" -G Ninja -DCMAKE_BUILD_TYPE=Debug \
 cmake --build "$work/asan" -j "$jobs"
 (cd "$work/asan" && ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
   ctest -j "$jobs" --output-on-failure)
+
+echo "== Fuzzing (clang, libFuzzer): every target 30 s, any finding fails"
+TESSARIX_FUZZ_BUILD="$work/fuzz" "$root/scripts/fuzz.sh" 30
 
 echo "== Install and outside consumer"
 cmake --install "$work/release" --prefix "$work/prefix"

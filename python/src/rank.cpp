@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <tessarix/core/error.hpp>
+#include <tessarix/core/multiple_nonlinear_regression.hpp>
 #include <tessarix/core/nonlinear_regression.hpp>
 #include <tessarix/models/predefined_models.hpp>
 #include <thread>
@@ -31,13 +32,14 @@ struct Entry {
 };
 
 struct Settings {
-  std::span<const double> x, y, sd;
+  std::span<const double> y, sd;
   std::optional<std::int32_t> max_iterations;
   std::optional<double> tolerance;
 };
 
 // A failure of one model is a line of the table, never an exception.
-Entry FitOne(NonlinearRegression& regression, const PredefinedModelInfo& model, const Settings& s) {
+template <class Regression, class Points>
+Entry FitOne(Regression& regression, const PredefinedModelInfo& model, const Points& x, const Settings& s) {
   Entry entry;
   entry.model = &model;
   try {
@@ -45,9 +47,9 @@ Entry FitOne(NonlinearRegression& regression, const PredefinedModelInfo& model, 
     if (s.max_iterations) regression.SetMaxIterations(*s.max_iterations);
     if (s.tolerance) regression.SetRegressionTolerance(*s.tolerance);
     if (s.sd.empty()) {
-      regression.Fit(s.x, s.y);
+      regression.Fit(x, s.y);
     } else {
-      regression.FitWeighted(s.x, s.y, s.sd);
+      regression.FitWeighted(x, s.y, s.sd);
     }
     if (regression.IsSolved()) {
       entry.solved = true;
@@ -79,16 +81,20 @@ bool Better(const Entry& a, const Entry& b) {
   return a.model->ID < b.model->ID;
 }
 
-std::vector<Entry> RankAll(const Settings& settings, unsigned threads) {
-  const std::vector<PredefinedModelInfo>& models = PredefinedModels();
+template <class Regression, class Points>
+std::vector<Entry> RankAll(const std::vector<const PredefinedModelInfo*>& models, const Points& x,
+                           const Settings& settings, unsigned threads) {
   std::vector<Entry> results(models.size());
   std::atomic<std::size_t> next{0};
   // Regression objects are independent: each thread owns one and takes the
   // next model off a shared counter.
   const auto worker = [&] {
-    NonlinearRegression regression;
-    for (std::size_t i = next++; i < models.size(); i = next++) results[i] = FitOne(regression, models[i], settings);
+    Regression regression;
+    for (std::size_t i = next++; i < models.size(); i = next++) {
+      results[i] = FitOne(regression, *models[i], x, settings);
+    }
   };
+  threads = std::clamp<unsigned>(threads, 1, static_cast<unsigned>(std::max<std::size_t>(models.size(), 1)));
   std::vector<std::thread> pool;
   for (unsigned t = 1; t < threads; ++t) pool.emplace_back(worker);
   worker();
@@ -97,22 +103,40 @@ std::vector<Entry> RankAll(const Settings& settings, unsigned threads) {
   return results;
 }
 
+// The catalogue of models of `variables` independent variables: the
+// single-variable class's for 1, the multi-variable class's otherwise.
+std::vector<const PredefinedModelInfo*> CatalogueFor(std::int32_t variables) {
+  std::vector<const PredefinedModelInfo*> out;
+  const auto& all = variables == 1 ? PredefinedModels() : PredefinedMultipleModels();
+  for (const PredefinedModelInfo& m : all) {
+    if (m.NumIndependentVariables == variables) out.push_back(&m);
+  }
+  return out;
+}
+
 py::list Rank(py::handle x, py::handle y, py::handle sd, std::optional<std::int32_t> threads,
               std::optional<std::int32_t> max_iterations, std::optional<double> tolerance) {
-  const DoubleArray xa = AsDoubles(x, "x", 1);
+  const DoubleArray xa = AsDoubles(x, "x");
+  if (xa.ndim() != 1 && xa.ndim() != 2) throw py::value_error("x must have 1 or 2 dimensions");
   const DoubleArray ya = AsDoubles(y, "y", 1);
   std::optional<DoubleArray> sda;
   if (!sd.is_none()) sda = AsDoubles(sd, "sd", 1);
   CheckedCount(xa.size(), "x");
   CheckedCount(ya.size(), "y");
   if (threads && *threads < 1) throw py::value_error("threads must be at least 1");
-  Settings settings{Span(xa), Span(ya), sda ? Span(*sda) : std::span<const double>(), max_iterations, tolerance};
+  const Settings settings{Span(ya), sda ? Span(*sda) : std::span<const double>(), max_iterations, tolerance};
   const unsigned count = threads ? static_cast<unsigned>(*threads) : std::max(1u, std::thread::hardware_concurrency());
+  const std::int32_t variables = xa.ndim() == 1 ? 1 : CheckedCount(xa.shape(1), "x");
+  const std::vector<const PredefinedModelInfo*> models = CatalogueFor(variables);
 
   std::vector<Entry> ranked;
-  {
+  if (xa.ndim() == 1) {
     py::gil_scoped_release unlock;
-    ranked = RankAll(settings, count);
+    ranked = RankAll<NonlinearRegression>(models, Span(xa), settings, count);
+  } else {
+    const Matrix points = ToMatrix(xa);
+    py::gil_scoped_release unlock;
+    ranked = RankAll<MultipleNonlinearRegression>(models, points, settings, count);
   }
   py::list table;
   for (const Entry& e : ranked) {
@@ -130,25 +154,25 @@ py::list Rank(py::handle x, py::handle y, py::handle sd, std::optional<std::int3
   return table;
 }
 
-py::list Models() {
+py::list Models(std::int32_t variables) {
   py::list out;
-  for (const PredefinedModelInfo& m : PredefinedModels()) {
+  for (const PredefinedModelInfo* m : CatalogueFor(variables)) {
     py::dict row;
-    row["model_id"] = m.ID;
-    row["definition"] = Text(m.Definition);
-    row["description"] = Text(m.Description);
-    row["parameters"] = m.NumParameters;
+    row["model_id"] = m->ID;
+    row["definition"] = Text(m->Definition);
+    row["description"] = Text(m->Description);
+    row["parameters"] = m->NumParameters;
+    row["variables"] = m->NumIndependentVariables;
     out.append(row);
   }
   return out;
 }
 
 }  // namespace
-
 void RegisterRank(py::module_& m) {
   m.def("_rank", &Rank, py::arg("x"), py::arg("y"), py::arg("sd") = py::none(), py::arg("threads") = py::none(),
         py::arg("max_iterations") = py::none(), py::arg("tolerance") = py::none());
-  m.def("_models", &Models);
+  m.def("_models", &Models, py::arg("variables") = 1);
 }
 
 }  // namespace tessarix::python

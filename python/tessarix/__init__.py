@@ -143,12 +143,16 @@ def fit(x: Any, y: Any, model: Union[str, Callable[..., Any], None] = None, *,
     return FitResult(spec, variables, xa, ya, sda, reg.snapshot(), reg)
 
 
-def models(word: Optional[str] = None) -> List[Dict[str, Any]]:
-    """The catalogue of pre-defined models of one variable, in ID order: dicts
-    with model_id, definition, description and parameters (their count).
-    `word` keeps the models whose definition or description contains it
-    (letter case ignored)."""
-    rows = _models()
+def models(word: Optional[str] = None, *, variables: int = 1) -> List[Dict[str, Any]]:
+    """The pre-defined models of `variables` independent variables, in ID
+    order: dicts with model_id, definition, description, parameters (their
+    count) and variables. One variable: the catalogue of one-dimensional x
+    (IDs 1 to 298); more: the multi-variable catalogue's models in x1 .. xm
+    (for 2-D x of m columns). `word` keeps the models whose definition or
+    description contains it (letter case ignored)."""
+    if isinstance(variables, bool) or not isinstance(variables, (int, np.integer)) or variables < 1:
+        raise ValueError("variables must be a positive integer")
+    rows = _models(int(variables))
     if word:
         w = word.lower()
         rows = [r for r in rows if w in r["definition"].lower() or w in r["description"].lower()]
@@ -158,7 +162,8 @@ def models(word: Optional[str] = None) -> List[Dict[str, Any]]:
 def rank(x: Any, y: Any, *, sd: Any = None, top: Optional[int] = None, threads: Optional[int] = None,
          max_iterations: Optional[int] = None, tolerance: Optional[float] = None, as_frame: bool = False) -> Any:
     """Fits every pre-defined model to (x, y), on `threads` threads (default:
-    every core) without the interpreter lock, and returns them best first:
+    every core) without the interpreter lock, and returns them best first
+    (for 2-D x of m columns: the models of m variables, see models()):
     the solved models by adjusted R2 (ties by standard error), then the
     failures. Each row is a dict: rank, model_id, definition, description,
     solved, r2_adjusted, standard_error, sse (None for a failure) and failure

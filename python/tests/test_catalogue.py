@@ -34,6 +34,19 @@ def test_rank_sorts_the_catalogue_by_adjusted_r2():
     assert tessarix.rank(x, y, top=5) == table[:5]
 
 
+def test_models_and_rank_of_several_variables():
+    two = tessarix.models(variables=2)
+    assert len(two) == 242 and all(m["variables"] == 2 for m in two)
+    assert all(m["variables"] == 3 for m in tessarix.models(variables=3))
+    rng = np.random.default_rng(5)
+    x = rng.uniform(1.0, 4.0, size=(60, 2))
+    y = 1.0 + 2.0 * x[:, 0] + 3.0 * x[:, 1] + 0.001 * np.sin(9.0 * x[:, 0])
+    table = tessarix.rank(x, y, top=3)
+    assert {row["model_id"] for row in table} <= {m["model_id"] for m in two}
+    best = tessarix.fit(x, y, model_id=table[0]["model_id"])
+    assert best.r2_adjusted == table[0]["r2_adjusted"] > 0.99
+
+
 def test_rank_as_data_frame():
     pd = pytest.importorskip("pandas")
     x = np.linspace(1.0, 10.0, 30)

@@ -3,6 +3,7 @@
 #include "tessarix/core/internal/model_kinds.hpp"
 
 #include "tessarix/models/least_squares_estimates.hpp"
+#include "tessarix/models/multiple_catalogue.hpp"
 #include "tessarix/models/predefined_formulas.hpp"
 
 namespace tessarix::detail {
@@ -46,6 +47,33 @@ class PredefinedKind final : public PointModel {
   std::int32_t terms_;
 };
 
+// A model of the catalogue of several variables: the same seam, at the
+// whole point.
+class MultiplePredefinedKind final : public PointModel {
+ public:
+  MultiplePredefinedKind(std::int32_t code, std::int32_t terms) : code_(code), terms_(terms) {}
+  bool RawValue(std::span<const double> point, const double* parameters, double& y) override {
+    return EvaluateMultiplePredefined(code_, parameters, point, y);
+  }
+  bool Derivatives(std::span<const double> point, double* parameters, const std::int32_t* /*ia*/,
+                   std::int32_t /*count*/, double* dyda) override {
+    return MultiplePredefinedDerivatives(code_, parameters, point, dyda);
+  }
+  std::unique_ptr<PointModel> ThreadCopy() const override {
+    return std::make_unique<MultiplePredefinedKind>(code_, terms_);
+  }
+  bool HasLeastSquaresEstimates() const override { return true; }
+  bool ObtainLeastSquaresEstimates(const PointTable& points, const Vector1& y, const Vector1& weights, std::int32_t n,
+                                   std::vector<double>& estimates) override {
+    return ObtainMultipleLeastSquaresEstimates(code_, terms_, points.Values().data(), points.Width(), y.data(),
+                                               weights.data(), n, estimates);
+  }
+
+ private:
+  std::int32_t code_;
+  std::int32_t terms_;
+};
+
 }  // namespace
 
 std::unique_ptr<PointModel> MakeTextKind(TextModel& text, const DataStatistics& words) {
@@ -54,6 +82,10 @@ std::unique_ptr<PointModel> MakeTextKind(TextModel& text, const DataStatistics& 
 
 std::unique_ptr<PointModel> MakePredefinedKind(std::int32_t evaluation_code, std::int32_t estimate_term_count) {
   return std::make_unique<PredefinedKind>(evaluation_code, estimate_term_count);
+}
+
+std::unique_ptr<PointModel> MakeMultiplePredefinedKind(std::int32_t evaluation_code, std::int32_t estimate_term_count) {
+  return std::make_unique<MultiplePredefinedKind>(evaluation_code, estimate_term_count);
 }
 
 void FillEventValues(std::vector<double>& out, const double* values, std::int32_t count) {
@@ -65,6 +97,16 @@ void FillEventValues(Variant& out, const double* values, std::int32_t count) {
     out = Variant::Array(std::vector<Variant>(static_cast<std::size_t>(count)));
   }
   for (std::int32_t i = 0; i < count; ++i) out.At(i) = Variant(values[i + 1]);
+}
+
+void SizeEventDerivatives(std::vector<double>& out, std::int32_t count) {
+  if (out.size() != static_cast<std::size_t>(count)) out.assign(static_cast<std::size_t>(count), 0.0);
+}
+
+void SizeEventDerivatives(Variant& out, std::int32_t count) {
+  if (!out.IsArray() || out.Dimensions() != 1 || out.UpperBound() != count - 1) {
+    out = Variant::Array(std::vector<Variant>(static_cast<std::size_t>(count), Variant(0.0)));
+  }
 }
 
 void ReadEventDerivatives(const ExternalBuffers& buffers, bool alternative, std::int32_t count, double* dyda) {

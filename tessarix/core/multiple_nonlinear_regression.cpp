@@ -8,6 +8,7 @@
 #include "tessarix/core/internal/regression_engine.hpp"
 #include "tessarix/foundation/error_catalogue.hpp"
 #include "tessarix/foundation/fault.hpp"
+#include "tessarix/models/multiple_catalogue.hpp"
 #include "tessarix/platform/number_text.hpp"
 #include "tessarix/platform/rounding.hpp"
 
@@ -38,7 +39,9 @@ class MultipleVariableHooks final : public RegressionHooks {
     for (std::size_t k = 0; k < point.size(); ++k) text += (k == 0 ? "" : ", ") + NumberText(point[k]);
     return text;
   }
-  const InternalModelEntry* FindPredefinedModel(std::int32_t /*model_id*/) const override { return nullptr; }
+  const InternalModelEntry* FindPredefinedModel(std::int32_t model_id) const override {
+    return FindMultipleInternalModel(model_id);
+  }
   bool SeveralVariables() const override { return true; }
 
  private:

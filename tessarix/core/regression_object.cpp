@@ -71,8 +71,11 @@ void RegressionObject::DefineInternalModel(std::int32_t ModelID) {
   e.model.type = tsxModelInternal;
   // The catalogue's texts are English; the stored local form follows the
   // user's separators ("x^1.5" reads "x^1,5" where the comma is decimal).
-  e.DefineText(definition, tsxLocaleEnglish,
-               [&e] { return detail::MakePredefinedKind(e.model.evaluation_code, e.model.estimate_term_count); });
+  e.DefineText(definition, tsxLocaleEnglish, [&e] {
+    return e.Hooks().SeveralVariables()
+               ? detail::MakeMultiplePredefinedKind(e.model.evaluation_code, e.model.estimate_term_count)
+               : detail::MakePredefinedKind(e.model.evaluation_code, e.model.estimate_term_count);
+  });
 }
 
 tessarix::ModelDefinition RegressionObject::ModelDefinition() const {

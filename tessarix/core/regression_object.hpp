@@ -50,7 +50,8 @@ class TESSARIX_API RegressionObject {
                        const std::string& Description = "");
   // A model with sub-definitions F1 to F9 that Y and each other may refer to.
   void DefineUserModelSub(const tessarix::ModelDefinition& Definition, InputLocaleEnum Locale = tsxLocaleEnglish);
-  // A pre-defined model of the class's catalogue (PredefinedModels());
+  // A pre-defined model of the class's catalogue (PredefinedModels() for
+  // NonlinearRegression, PredefinedMultipleModels() for the multi-variable class);
   // InvalidPredefinedModelId (10022) for another ID (the previous model is
   // gone all the same).
   void DefineInternalModel(std::int32_t ModelID);

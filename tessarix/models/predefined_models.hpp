@@ -31,4 +31,9 @@ struct PredefinedModelInfo {
 // as the program.
 TESSARIX_API const std::vector<PredefinedModelInfo>& PredefinedModels();
 
+// Every model of MultipleNonlinearRegression's catalogue, in ID order: IDs 1
+// to 242 (x1 and x2) and, for n from 3 to 50 variables, IDs 100*n+700 to
+// 100*n+702 (x1 to xn). Made once, lives as long as the program.
+TESSARIX_API const std::vector<PredefinedModelInfo>& PredefinedMultipleModels();
+
 }  // namespace tessarix

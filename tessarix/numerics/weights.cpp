@@ -11,7 +11,9 @@ bool WeightsFromDeviations(const Vector1& sd, std::int32_t n, Vector1& w) {
     Num sum = 0.0;
     for (std::int32_t i = 1; i <= n; ++i) {
       const auto ui = static_cast<std::size_t>(i);
-      const double a = std::fabs(sd[ui]);
+      // A deviation that is not finite is a fault like any other step, so
+      // that the fit runs unweighted and never publishes it.
+      const double a = std::fabs(Checked(sd[ui]));
       Num weight = 1.0;
       if (a < 1e-150) {
         weight = 1.0;

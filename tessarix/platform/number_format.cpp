@@ -138,7 +138,11 @@ Decimal ToDecimal(double value) {
     if (sci[i] != '.') d.digits += sci[i];
   }
   while (!d.digits.empty() && d.digits.back() == '0') d.digits.pop_back();
-  d.point = std::atoi(sci.data() + e + 1) + 1;
+  // The exponent ends where to_chars stopped: the buffer holds no terminator.
+  const char* exponent = sci.data() + e + 1;
+  if (*exponent == '+') ++exponent;
+  std::from_chars(exponent, sci.data() + sci.size(), d.point);
+  ++d.point;
   return d;
 }
 
@@ -327,7 +331,8 @@ bool IsGeneralFormat(std::string_view format) { return format.empty() || FoldCas
 
 std::string FormatNumber(double value, std::string_view format, std::string_view decimal_separator,
                          std::string_view thousand_separator) {
-  if (IsGeneralFormat(format)) return FormatDouble(value, decimal_separator);
+  // A NaN or an infinity has no digits to place: every format shows its text form.
+  if (IsGeneralFormat(format) || !std::isfinite(value)) return FormatDouble(value, decimal_separator);
   const std::string named = FoldCase(format);
   if (named == "general number") return FormatDouble(value, decimal_separator);
   if (named == "currency") return FormatNumber(value, CurrencyFormat(), decimal_separator, thousand_separator);

@@ -26,6 +26,8 @@
 // Values are rounded half away from zero on their 15-significant-digit
 // decimal form, so 1.005 with "0.00" gives "1.01" as a user reading the
 // number expects. Output uses the locale's decimal and thousands separators.
+// A NaN or an infinity, which no result of the library holds, gives the
+// general text form ("NaN", "Infinity", "-Infinity") whatever the format.
 #pragma once
 
 #include <string>

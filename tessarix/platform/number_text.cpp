@@ -1,6 +1,7 @@
 #include "tessarix/platform/number_text.hpp"
 
 #include <charconv>
+#include <cmath>
 #include <cstdlib>
 #include <system_error>
 
@@ -10,6 +11,10 @@ namespace tessarix::detail {
 
 std::string FormatDouble(double value, std::string_view decimal_separator) {
   if (value == 0.0) return "0";
+  // No value of the library is ever non-finite, but the text form is a
+  // service of its own and must not read past the digits it did not get.
+  if (std::isnan(value)) return "NaN";
+  if (std::isinf(value)) return value < 0.0 ? "-Infinity" : "Infinity";
   // 15 significant digits, exactly rounded, independent of the C locale.
   char buf[48];
   const auto res = std::to_chars(buf, buf + sizeof buf, value, std::chars_format::scientific, 14);

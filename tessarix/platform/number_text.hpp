@@ -11,7 +11,8 @@ namespace tessarix::detail {
 // rounded to 15 significant digits; scientific when the decimal exponent is
 // below -4 or at least 15, written mantissa "E" sign exponent without leading
 // zeros ("1E-10", "1.5E+20"). Zero (also -0) is "0". `decimal_separator`
-// replaces the point.
+// replaces the point. A NaN is "NaN", the infinities "Infinity" and
+// "-Infinity".
 std::string FormatDouble(double value, std::string_view decimal_separator);
 
 // The log's form: FormatDouble with the locale's decimal separator.

@@ -31,6 +31,17 @@ const std::vector<CatalogueEntry>& Catalogue() {
   return entries;
 }
 
+std::vector<CatalogueEntry> CatalogueFor(std::int32_t variables) {
+  if (variables == 1) return Catalogue();
+  std::vector<CatalogueEntry> entries;
+  for (const PredefinedModelInfo& model : PredefinedMultipleModels()) {
+    if (model.NumIndependentVariables == variables) {
+      entries.push_back({model.ID, model.Definition, model.Description, variables});
+    }
+  }
+  return entries;
+}
+
 std::vector<CatalogueEntry> FindModels(const std::vector<CatalogueEntry>& entries, const std::string& word) {
   const std::string needle = Lower(word);
   std::vector<CatalogueEntry> found;

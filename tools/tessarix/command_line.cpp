@@ -160,6 +160,12 @@ int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::os
   std::string word;
   CLI::App* models_command = app.add_subcommand("models", "List the pre-defined models");
   models_command->add_option("WORD", word, "Show only models whose ID, definition or description holds WORD");
+  std::int32_t variables = 1;
+  models_command
+      ->add_option("--variables", variables,
+                   "List the models of N independent variables (x1 .. xN, for fits with several --x columns)")
+      ->check(CLI::Range(1, 50))
+      ->capture_default_str();
 
   RankOptions rank;
   std::string rank_delimiter = "comma";
@@ -214,7 +220,7 @@ int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::os
       return RunFit(fit, out);
     }
     if (models_command->parsed()) {
-      const auto found = FindModels(Catalogue(), word);
+      const auto found = FindModels(CatalogueFor(variables), word);
       if (found.empty()) throw ToolError("no pre-defined model matches '" + CleanText(word) + "'");
       out << ModelListing(found);
       return kExitOk;

@@ -7,6 +7,7 @@
 #include <tessarix/core/error.hpp>
 #include <tessarix/core/nonlinear_regression.hpp>
 #include <tessarix/data/data_series.hpp>
+#include <tessarix/multiple/multiple_nonlinear_regression.hpp>
 #include <thread>
 
 #include "text_format.hpp"
@@ -16,8 +17,9 @@ namespace tessarix::tool {
 
 namespace {
 
-RankEntry FitOne(NonlinearRegression& regression, const CatalogueEntry& model, std::span<const double> x,
-                 std::span<const double> y, std::span<const double> sd, const RankOptions& options) {
+template <class Regression, class Points>
+RankEntry FitOne(Regression& regression, const CatalogueEntry& model, const Points& x, std::span<const double> y,
+                 std::span<const double> sd, const RankOptions& options) {
   RankEntry entry;
   entry.model = model;
   try {
@@ -53,21 +55,19 @@ bool Better(const RankEntry& a, const RankEntry& b) {
   return a.model.id < b.model.id;
 }
 
-}  // namespace
-
-std::vector<RankEntry> RankModels(std::span<const double> x, std::span<const double> y, std::span<const double> sd,
-                                  const std::vector<CatalogueEntry>& models, const RankOptions& options,
-                                  const std::function<void(std::size_t)>& progress) {
+// Regression objects are independent of each other, so each thread owns one
+// and takes the next model off a shared counter.
+template <class Regression, class Points>
+std::vector<RankEntry> RankWith(const Points& x, std::span<const double> y, std::span<const double> sd,
+                                const std::vector<CatalogueEntry>& models, const RankOptions& options,
+                                const std::function<void(std::size_t)>& progress) {
   std::vector<RankEntry> results(models.size());
   std::atomic<std::size_t> next{0};
   std::atomic<std::size_t> done{0};
   unsigned threads = options.threads ? options.threads : std::thread::hardware_concurrency();
   threads = std::clamp<unsigned>(threads, 1, static_cast<unsigned>(std::max<std::size_t>(models.size(), 1)));
-
-  // Regression objects are independent of each other, so each thread owns one
-  // and takes the next model off a shared counter.
   auto worker = [&] {
-    NonlinearRegression regression;
+    Regression regression;
     for (std::size_t i = next++; i < models.size(); i = next++) {
       results[i] = FitOne(regression, models[i], x, y, sd, options);
       ++done;
@@ -87,25 +87,67 @@ std::vector<RankEntry> RankModels(std::span<const double> x, std::span<const dou
   return results;
 }
 
+}  // namespace
+
+std::vector<RankEntry> RankModels(std::span<const double> x, std::span<const double> y, std::span<const double> sd,
+                                  const std::vector<CatalogueEntry>& models, const RankOptions& options,
+                                  const std::function<void(std::size_t)>& progress) {
+  return RankWith<NonlinearRegression>(x, y, sd, models, options, progress);
+}
+
+std::vector<RankEntry> RankModels(const Matrix& x, std::span<const double> y, std::span<const double> sd,
+                                  const std::vector<CatalogueEntry>& models, const RankOptions& options,
+                                  const std::function<void(std::size_t)>& progress) {
+  return RankWith<MultipleNonlinearRegression>(x, y, sd, models, options, progress);
+}
+
+namespace {
+
+std::string XNames(const LoadedData& data) {
+  std::string names;
+  for (const auto& x : data.xs) {
+    if (!names.empty()) names += ',';
+    names += CleanText(x->Name());
+  }
+  return names;
+}
+
+}  // namespace
+
 int RunRank(const RankOptions& options, std::ostream& out) {
   const LoadedData data = LoadData(options.data);
+  const auto variables = static_cast<std::int32_t>(data.xs.size());
   const std::vector<double> x = data.x->ExportToArray();
   const std::vector<double> y = data.y->ExportToArray();
   const std::vector<double> sd = data.sd ? data.sd->ExportToArray() : std::vector<double>();
-  const std::vector<CatalogueEntry>& models = Catalogue();
+  const std::vector<CatalogueEntry> models = CatalogueFor(variables);
+  if (models.empty()) {
+    throw ToolError("no pre-defined model takes " + std::to_string(variables) + " independent variables");
+  }
+  // Several --x columns: the points are the rows of those columns.
+  Matrix points;
+  if (variables > 1) {
+    points = Matrix(static_cast<std::int32_t>(x.size()), variables);
+    for (std::int32_t k = 0; k < variables; ++k) {
+      const std::vector<double> column = data.xs[static_cast<std::size_t>(k)]->ExportToArray();
+      for (std::size_t i = 0; i < column.size() && i < x.size(); ++i)
+        points(static_cast<std::int32_t>(i), k) = column[i];
+    }
+  }
 
   std::function<void(std::size_t)> progress;
   if (options.progress) {
     progress = [&](std::size_t done) { out << "\rfitting model " << done << " of " << models.size() << std::flush; };
   }
-  const std::vector<RankEntry> ranked = RankModels(x, y, sd, models, options, progress);
+  const std::vector<RankEntry> ranked = variables > 1 ? RankModels(points, y, sd, models, options, progress)
+                                                      : RankModels(x, y, sd, models, options, progress);
   if (options.progress) out << '\r' << std::string(40, ' ') << '\r';
 
   const auto solved = static_cast<std::size_t>(
       std::count_if(ranked.begin(), ranked.end(), [](const RankEntry& e) { return e.solved; }));
   out << "Ranked " << models.size() << " pre-defined models on " << CleanText(options.data.path)
-      << " (x = " << CleanText(data.x->Name()) << ", y = " << CleanText(data.y->Name()) << ", " << x.size()
-      << " observations" << (data.sd ? ", weighted" : "") << ")\n"
+      << " (x = " << XNames(data) << ", y = " << CleanText(data.y->Name()) << ", " << x.size() << " observations"
+      << (data.sd ? ", weighted" : "") << ")\n"
       << solved << " solved, " << models.size() - solved << " failed\n\n";
   if (solved == 0) {
     throw ToolError("no pre-defined model could be fitted to '" + CleanText(options.data.path) + "'");

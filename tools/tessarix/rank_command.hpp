@@ -7,6 +7,7 @@
 #include <ostream>
 #include <span>
 #include <string>
+#include <tessarix/platform/matrix.hpp>
 #include <vector>
 
 #include "catalogue.hpp"
@@ -37,6 +38,12 @@ struct RankEntry {
 // first), then the failures, each group in ID order otherwise. `progress`, if
 // set, is called from the calling thread with the number of fits done.
 std::vector<RankEntry> RankModels(std::span<const double> x, std::span<const double> y, std::span<const double> sd,
+                                  const std::vector<CatalogueEntry>& models, const RankOptions& options,
+                                  const std::function<void(std::size_t done)>& progress = {});
+
+// The same for models of several variables: the rows of `x` are the points,
+// fitted by MultipleNonlinearRegression.
+std::vector<RankEntry> RankModels(const Matrix& x, std::span<const double> y, std::span<const double> sd,
                                   const std::vector<CatalogueEntry>& models, const RankOptions& options,
                                   const std::function<void(std::size_t done)>& progress = {});
 

@@ -25,6 +25,8 @@ std::unique_ptr<PointModel> MakeTextKind(TextModel& text, const DataStatistics& 
 // A pre-defined model of the catalogue: the formula and analytic derivatives
 // of an evaluation code, and its least-squares starting values.
 std::unique_ptr<PointModel> MakePredefinedKind(std::int32_t evaluation_code, std::int32_t estimate_term_count);
+// The same for the catalogue of several variables, at the whole point.
+std::unique_ptr<PointModel> MakeMultiplePredefinedKind(std::int32_t evaluation_code, std::int32_t estimate_term_count);
 
 // An external model: the host's events of a regression class. `Calls` knows
 // how that class hands a point to its events:
@@ -45,6 +47,10 @@ struct ExternalBuffers {
 // Parameter values 1..count into the zero-based arrays an event receives.
 void FillEventValues(std::vector<double>& out, const double* values, std::int32_t count);
 void FillEventValues(Variant& out, const double* values, std::int32_t count);
+// The derivative arrays an event receives: one element per parameter, rebuilt
+// when the host resized or replaced them in an earlier call.
+void SizeEventDerivatives(std::vector<double>& out, std::int32_t count);
+void SizeEventDerivatives(Variant& out, std::int32_t count);
 // The host's derivatives (element i for parameter i + 1) into dyda[1..count].
 // An element that is missing, does not convert to a Double or is not finite
 // is a fault, which ends the run.
@@ -146,9 +152,11 @@ class ExternalKind final : public PointModel {
     bool success = false;  // a handler must set it
     if (alternative_) {
       FillEventValues(buffers_.values_alt, parameters, count_);
+      SizeEventDerivatives(buffers_.derivatives_alt, count_);
       Calls::DerivativesAlt(events_, point, success, buffers_);
     } else {
       FillEventValues(buffers_.values, parameters, count_);
+      SizeEventDerivatives(buffers_.derivatives, count_);
       Calls::Derivatives(events_, point, success, buffers_);
     }
     if (!success) {

@@ -151,3 +151,44 @@ TEST(RankCommand, PutsAnExactModelFirstOnDataOfModel36) {
 
 }  // namespace
 }  // namespace tessarix::tool
+
+namespace tessarix::tool {
+namespace {
+
+TEST(ModelsCommand, ListsTheModelsOfSeveralVariablesAndRanksThem) {
+  const auto three = RunTool({"models", "--variables", "3"});
+  ASSERT_EQ(three.status, 0) << three.err;
+  EXPECT_EQ(std::count(three.out.begin(), three.out.end(), '\n'), 3 + 1);
+  EXPECT_NE(three.out.find("1002  exp(a*x1+b*x2+c*x3+d)  4 Parameter Exponential Polynomial"), std::string::npos);
+  const auto two = RunTool({"models", "--variables", "2", "Taylor"});
+  ASSERT_EQ(two.status, 0) << two.err;
+  EXPECT_EQ(std::count(two.out.begin(), two.out.end(), '\n'), 18 + 1);
+
+  // A plane with a constant in three variables: ID 1001 is exact.
+  std::string data = "p,q,r,s\n";
+  for (int i = 0; i < 30; ++i) {
+    const double p = 1.0 + std::sin(0.9 * i), q = 2.0 + std::cos(1.7 * i), r = 0.1 * i;
+    char line[160];
+    std::snprintf(line, sizeof line, "%.17g,%.17g,%.17g,%.17g\n", p, q, r, 0.5 * p - 0.3 * q + 0.2 * r + 1.0);
+    data += line;
+  }
+  const std::string path = ScratchPath("plane3.csv");
+  WriteFile(path, data);
+  const auto run = RunTool({"rank", path, "--x", "p,q,r", "--y", "s", "--threads", "2"});
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_NE(run.out.find("Ranked 3 pre-defined models on"), std::string::npos) << run.out;
+  EXPECT_NE(run.out.find("(x = p,q,r, y = s, 30 observations)"), std::string::npos) << run.out;
+  std::istringstream lines(run.out.substr(run.out.find("Definition")));
+  std::string line;
+  std::getline(lines, line);
+  std::getline(lines, line);
+  std::istringstream fields(line);
+  int rank = 0, id = 0;
+  double adjusted = 0.0;
+  ASSERT_TRUE(fields >> rank >> id >> adjusted) << line;
+  EXPECT_EQ(id, 1001);
+  EXPECT_NEAR(adjusted, 1.0, 1e-12);
+}
+
+}  // namespace
+}  // namespace tessarix::tool
