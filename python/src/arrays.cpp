@@ -50,7 +50,7 @@ py::array_t<double> ToNumpy(std::vector<double>&& values, py::ssize_t rows, py::
   const double* data = owner->data();
   py::capsule base(owner.get(), [](void* p) { delete static_cast<std::vector<double>*>(p); });
   owner.release();
-  if (cols < 0) return py::array_t<double>({rows}, data, base);
+  if (cols < 0) return py::array_t<double>(rows, data, base);
   return py::array_t<double>({rows, cols}, data, base);
 }
 

@@ -57,7 +57,7 @@ void PythonModel::Install(MultipleNonlinearRegressionEvents& events) {
 py::array_t<double> PythonModel::PointArray(std::span<const double> points, std::size_t rows) const {
   const auto n = static_cast<py::ssize_t>(rows);
   py::array_t<double> x =
-      variables_ == 0 ? py::array_t<double>({n}) : py::array_t<double>({n, static_cast<py::ssize_t>(variables_)});
+      variables_ == 0 ? py::array_t<double>(n) : py::array_t<double>({n, static_cast<py::ssize_t>(variables_)});
   const std::size_t count = std::min(points.size(), static_cast<std::size_t>(x.size()));
   std::memcpy(x.mutable_data(), points.data(), count * sizeof(double));
   x.attr("setflags")(py::arg("write") = false);
