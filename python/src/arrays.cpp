@@ -47,9 +47,9 @@ py::array_t<double> ToNumpy(std::vector<double>&& values) {
 
 py::array_t<double> ToNumpy(std::vector<double>&& values, py::ssize_t rows, py::ssize_t cols) {
   auto owner = std::make_unique<std::vector<double>>(std::move(values));
-  const double* data = owner->data();
+  // The capsule owns the vector from here on; numpy frees it with the array.
   py::capsule base(owner.get(), [](void* p) { delete static_cast<std::vector<double>*>(p); });
-  owner.release();
+  const double* data = owner.release()->data();
   if (cols < 0) return py::array_t<double>(rows, data, base);
   return py::array_t<double>({rows, cols}, data, base);
 }

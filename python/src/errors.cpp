@@ -117,7 +117,8 @@ void RegisterErrors(py::module_& m) {
   py::enum_<ErrorCode> codes(m, "ErrorCode", "The rows of the error catalogue; each value is the help context.");
   for (const CodeName& row : kCodeNames) codes.value(row.name, row.code);
 
-  py::register_exception_translator([](std::exception_ptr p) {
+  // pybind11 hands the exception over by value.
+  py::register_exception_translator([](std::exception_ptr p) {  // NOLINT(performance-unnecessary-value-param)
     try {
       if (p) std::rethrow_exception(p);
     } catch (const Error& e) {

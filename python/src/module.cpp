@@ -9,8 +9,6 @@
 #include "rank.hpp"
 #include "regression.hpp"
 
-namespace py = pybind11;
-
 PYBIND11_MODULE(_tessarix, m) {
   m.doc() = "Tessarix curve fitting: the compiled part of the package tessarix.";
   using tessarix::GlobalConstants;

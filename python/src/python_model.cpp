@@ -201,7 +201,7 @@ void PythonModel::ThrowPending() {
   if (!pending_) return;
   py::error_already_set error = std::move(*pending_);
   ClearPending();
-  throw error;
+  throw py::error_already_set(std::move(error));
 }
 
 void PythonModel::ClearPending() {

@@ -64,7 +64,7 @@ void Regression::ThrowInterrupt() {
   if (!interrupt_) return;
   py::error_already_set error = std::move(*interrupt_);
   interrupt_.reset();
-  throw error;
+  throw py::error_already_set(std::move(error));
 }
 
 RegressionObject& Regression::Object() {
