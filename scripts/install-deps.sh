@@ -4,9 +4,11 @@ set -euo pipefail
 
 # libcli11-dev: argument parsing of the tessarix tool; libexpat1-dev: the XML
 # checks of its tests; clang-format, clang-tidy: the static checks of
-# scripts/test.sh.
+# scripts/test.sh; python3-dev, pybind11 (python3-pybind11, pybind11-dev),
+# numpy and pytest: the Python module and its tests.
 packages=(cmake ninja-build g++ clang libgtest-dev libbenchmark-dev pkg-config locales
-          libcli11-dev libexpat1-dev clang-format clang-tidy)
+          libcli11-dev libexpat1-dev clang-format clang-tidy
+          python3-dev python3-pybind11 pybind11-dev python3-numpy python3-pytest)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")

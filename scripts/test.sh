@@ -7,6 +7,9 @@
 #   2b. The fuzz targets, 30 s each (scripts/fuzz.sh; longer runs by hand).
 #   3. Install to a temporary prefix and build and run an outside consumer
 #      through find_package(tessarix).
+#   4. The Python module on the Release build of stage 1 (only the module is
+#      compiled), its pytest tests, and its installation into a temporary
+#      site-packages.
 set -euo pipefail
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
@@ -60,5 +63,16 @@ cmake -S tests/install -B "$work/consumer" -G Ninja -DCMAKE_PREFIX_PATH="$work/p
 cmake --build "$work/consumer"
 "$work/consumer/tessarix_consumer"
 PKG_CONFIG_PATH="$work/prefix/lib/pkgconfig" pkg-config --exists tessarix
+
+echo "== Python module and its tests"
+# The system interpreter, which the Debian packages of numpy and pytest serve.
+python=/usr/bin/python3
+cmake -S . -B "$work/release" -DTESSARIX_BUILD_PYTHON=ON -DPython3_EXECUTABLE="$python" \
+  -DTESSARIX_PYTHON_INSTALL_DIR="$work/site-packages"
+cmake --build "$work/release" -j "$jobs" --target tessarix_python
+PYTHONPATH="$work/release/python" PYTHONDONTWRITEBYTECODE=1 "$python" -m pytest python/tests -q -p no:cacheprovider
+cmake --install "$work/release" --component python
+(cd "$work" && PYTHONPATH="$work/site-packages" "$python" -c \
+  'import numpy, tessarix; r = tessarix.fit(numpy.arange(10.0), 2.0 * numpy.arange(10.0) + 1, "a*x+b"); assert r.solved')
 
 echo "== all checks passed"
