@@ -118,16 +118,31 @@ TEST(BlockEvaluator, FaultsStopAtTheirRow) {
     EXPECT_LT(blocks.Block(Grid(300, 1, -100.0, 1.0), 1, got), 300) << y;
   }
   // A saved value that may be read before its save (a stale one from an
-  // earlier point), and a conditional, keep the order of
-  // a pass point by point.
-  for (const std::string y : {"if(x>0,F1,a)+F1", "if(x>0,a*x,a/x)"}) {
+  // earlier point) keeps the order of a pass point by point.
+  {
     LanguageModel single, blocks;
-    single.Define(y, {"x^2"});
-    blocks.Define(y, {"x^2"});
+    single.Define("if(x>0,F1,a)+F1", {"x^2"});
+    blocks.Define("if(x>0,F1,a)+F1", {"x^2"});
     single.SetParameters({2.0});
     blocks.SetParameters({2.0});
-    EXPECT_FALSE(ExpectSameRows(single, blocks, Grid(300, 1, -1.5, 0.01), 1, y)) << y;
+    EXPECT_FALSE(ExpectSameRows(single, blocks, Grid(300, 1, -1.5, 0.01), 1, "stale"));
   }
+  // Conditionals run by blocks: a fault in the branch a point does not take
+  // is no fault, one in the branch it takes (x = 0 at row 150) is.
+  for (const std::string y : {"if(x>0,a*ln(x),a*ln(-x))+if(x<1,if(x<-1,1,2),3)", "if(x>0,a*x,a/x)"}) {
+    LanguageModel single, blocks;
+    single.Define(y);
+    blocks.Define(y);
+    single.SetParameters({2.0});
+    blocks.SetParameters({2.0});
+    EXPECT_TRUE(ExpectSameRows(single, blocks, Grid(300, 1, -1.505, 0.01), 1, y)) << y;
+    EXPECT_TRUE(ExpectSameRows(single, blocks, Grid(300, 1, -150.0, 1.0), 1, y)) << y;
+  }
+  std::vector<double> got;
+  LanguageModel pole;
+  pole.Define("if(x>0,a*x,a/x)");
+  pole.SetParameters({2.0});
+  EXPECT_EQ(pole.Block(Grid(300, 1, -150.0, 1.0), 1, got), 150);
 }
 
 TEST(BlockEvaluator, PredictArrayFailsWhereTheLoopFails) {

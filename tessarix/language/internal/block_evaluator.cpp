@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <vector>
 
 #include "tessarix/language/internal/evaluator.hpp"
 #include "tessarix/language/internal/evaluator_steps.hpp"
@@ -17,14 +18,42 @@ BlockPlan PlanBlocks(const ModelProgram& program) {
   // "rnd" draws from one generator: its draws must come in the order of a
   // pass point by point.
   const FunctionRow* random = FindFunctionRow("rnd");
+  // The open conditionals: the record of each one's "endtrue".
+  std::vector<std::int32_t> open;
+  std::vector<std::int32_t> endifs;
+  bool saves_any = false;
+  const auto at = [&](std::int32_t pc) -> const Instruction& { return program.code[static_cast<std::size_t>(pc)]; };
   for (std::int32_t pc = 1; pc <= program.code_length; ++pc) {
-    const Instruction& in = program.code[static_cast<std::size_t>(pc)];
+    const Instruction& in = at(pc);
+    while (!endifs.empty() && endifs.back() == pc) {
+      // The end of a conditional: a record without effect.
+      if (in.op != Instr::Skip) return plan;
+      endifs.pop_back();
+    }
     switch (in.op) {
-      case Instr::If:
-      case Instr::EndTrue:
       case Instr::Fail:
         return plan;
+      case Instr::If: {
+        // Condition, "if", the true branch, "endtrue" (a jump past the false
+        // branch), the false branch, "endif".
+        const std::int32_t endtrue = in.b - 1;
+        if (in.a != pc + 1 || endtrue <= pc || endtrue > program.code_length) return plan;
+        if (at(endtrue).op != Instr::EndTrue || at(endtrue).a <= endtrue || at(endtrue).a > program.code_length) {
+          return plan;
+        }
+        if (!open.empty() && endtrue >= open.back()) return plan;
+        open.push_back(endtrue);
+        ++plan.conditionals;
+        break;
+      }
+      case Instr::EndTrue:
+        if (open.empty() || open.back() != pc) return plan;
+        open.pop_back();
+        if (!endifs.empty() && in.a >= endifs.back()) return plan;
+        endifs.push_back(in.a);
+        break;
       case Instr::Save:
+        saves_any = true;
         plan.saves[static_cast<std::size_t>(in.a)] = true;
         break;
       case Instr::Recall:
@@ -36,7 +65,14 @@ BlockPlan PlanBlocks(const ModelProgram& program) {
       default:
         break;
     }
+    // A fused instruction's second record is the operator it took over.
+    if (in.op >= Instr::AddX && in.op <= Instr::DivideConstant) {
+      if (pc + 1 > program.code_length) return plan;
+      ++pc;
+      if (!endifs.empty() && endifs.back() == pc) return plan;
+    }
   }
+  if (!open.empty() || !endifs.empty() || (saves_any && plan.conditionals > 0)) return plan;
   plan.usable = true;
   return plan;
 }
@@ -46,6 +82,8 @@ namespace {
 constexpr std::int32_t kLanes = kBlockLanes;
 constexpr std::size_t kRow = static_cast<std::size_t>(kLanes);
 constexpr std::size_t kSavedRows = 10;
+// Conditionals nested deeper run point by point.
+constexpr std::int32_t kMaxNesting = 16;
 
 // The lanes of one block: the stack rows, the saved values, and `check`,
 // which stays 0 in a lane while every checked result there is finite (r * 0
@@ -54,6 +92,9 @@ struct Lanes {
   double* stack;
   double* saved;
   double* check;
+  // Three rows per open conditional: the condition, the checks before it,
+  // the checks after its true branch.
+  double* branches;
   double* Row(std::int32_t k) const { return stack + static_cast<std::size_t>(k) * kRow; }
 };
 
@@ -102,6 +143,12 @@ inline void Column(double* row, const double* points, std::int32_t width, std::i
 // point by point, so each lane's bits are those of that evaluator.
 bool RunBlock(const ModelProgram& program, const Lanes& lanes, const double* parameters, const double* points,
               std::int32_t width, const DataStatistics& stats) {
+  // The open conditionals: depth, and the "endif" record of each.
+  std::int32_t depth = 0;
+  std::int32_t endif_at[kMaxNesting];
+  const auto branch_row = [&](std::int32_t level, std::int32_t k) {
+    return lanes.branches + (static_cast<std::size_t>(level) * 3 + static_cast<std::size_t>(k)) * kRow;
+  };
   using namespace steps;  // NOLINT(google-build-using-namespace): the shared steps
   const Instruction* code = program.code.data();
   const std::int32_t length = program.code_length;
@@ -111,10 +158,50 @@ bool RunBlock(const ModelProgram& program, const Lanes& lanes, const double* par
   std::int32_t pc = 1;
   while (pc <= length) {
     const Instruction& in = code[pc];
+    while (depth > 0 && endif_at[depth - 1] == pc) {
+      // Both branches have left their value: keep the one of each lane's
+      // branch, and its checks.
+      if (sp < 1) return false;
+      --depth;
+      const double* condition = branch_row(depth, 0);
+      const double* true_checks = branch_row(depth, 2);
+      double* chosen = lanes.Row(sp - 1);
+      const double* other = lanes.Row(sp);
+      for (std::int32_t i = 0; i < kLanes; ++i) {
+        const bool taken = condition[i] == kTrue;
+        chosen[i] = taken ? chosen[i] : other[i];
+        check[i] = taken ? true_checks[i] : check[i];
+      }
+      --sp;
+    }
     double* top = sp >= 0 ? lanes.Row(sp) : nullptr;
     switch (in.op) {
       case Instr::Skip:
         break;
+      case Instr::If: {
+        if (top == nullptr || depth >= kMaxNesting) return false;
+        double* condition = branch_row(depth, 0);
+        double* before = branch_row(depth, 1);
+        for (std::int32_t i = 0; i < kLanes; ++i) {
+          condition[i] = top[i];
+          before[i] = check[i];
+        }
+        endif_at[depth] = code[in.b - 1].a;
+        ++depth;
+        --sp;
+        break;
+      }
+      case Instr::EndTrue: {
+        // On into the false branch, from the checks before the condition.
+        if (depth < 1) return false;
+        double* before = branch_row(depth - 1, 1);
+        double* after = branch_row(depth - 1, 2);
+        for (std::int32_t i = 0; i < kLanes; ++i) {
+          after[i] = check[i];
+          check[i] = before[i];
+        }
+        break;
+      }
       case Instr::X:
         Column(lanes.Row(++sp), points, width, 0);
         break;
@@ -299,7 +386,7 @@ bool RunBlock(const ModelProgram& program, const Lanes& lanes, const double* par
     }
     ++pc;
   }
-  if (sp != 0) return false;
+  if (sp != 0 || depth != 0) return false;
   double total = 0.0;
   for (std::int32_t i = 0; i < kLanes; ++i) total += check[i];
   return total == 0.0;
@@ -328,17 +415,19 @@ std::int32_t EvaluateProgramBlock(const ModelProgram& program, const BlockPlan& 
   }
   try {
     const std::size_t cells = program.stack_cells + 1;
-    const std::size_t needed = (cells + kSavedRows + 1) * kRow + static_cast<std::size_t>(kLanes * width);
+    const std::size_t needed = (cells + kSavedRows + 1 + 3 * static_cast<std::size_t>(kMaxNesting)) * kRow +
+                               static_cast<std::size_t>(kLanes * width);
     if (scratch.block.size() < needed) scratch.block.assign(needed, 0.0);
   } catch (...) {
     return ReplayRows(program, scratch, parameters, points, width, count, stats, y);
   }
   const std::size_t cells = program.stack_cells + 1;
   const Lanes lanes{scratch.block.data(), scratch.block.data() + cells * kRow,
-                    scratch.block.data() + (cells + kSavedRows) * kRow};
+                    scratch.block.data() + (cells + kSavedRows) * kRow,
+                    scratch.block.data() + (cells + kSavedRows + 1) * kRow};
   // The short last block runs on copies of its points, padded with its last
   // point so that every lane computes something it would compute anyway.
-  double* padded = scratch.block.data() + (cells + kSavedRows + 1) * kRow;
+  double* padded = scratch.block.data() + (cells + kSavedRows + 1 + 3 * static_cast<std::size_t>(kMaxNesting)) * kRow;
   for (std::int32_t first = 0; first < count; first += kLanes) {
     const std::int32_t n = count - first < kLanes ? count - first : kLanes;
     const double* block_points = points + static_cast<std::ptrdiff_t>(first) * width;

@@ -12,12 +12,17 @@
 namespace tessarix::detail {
 
 // Whether a program can run by blocks with results identical to a run point
-// by point: records of successful compiles only, no conditional (its branches
-// differ per point), and every recall of a saved value after a save of it in
-// the same pass, so that no point reads a value saved at another point.
+// by point: records of successful compiles only, every recall of a saved
+// value after a save of it in the same pass (so that no point reads a value
+// saved at another point), no "rnd". Conditionals run both branches on every
+// lane and pick by the condition, the checks of the branch not taken
+// discarded; so a program with one saves nothing (a save in a branch not
+// taken would leave a stale value for a later recall), and its branches nest
+// properly.
 struct BlockPlan {
   bool usable = false;
   std::array<bool, 10> saves{};  // the sub-definitions the program saves
+  std::int32_t conditionals = 0;
 };
 [[nodiscard]] BlockPlan PlanBlocks(const ModelProgram& program);
 
