@@ -115,6 +115,12 @@ void BM_IfSub_Cpp(benchmark::State& s) {
     return (x > c_ ? f1 : 0.0) + d_ * f1;
   });
 }
+// A conditional without sub-definitions: by masks in the block evaluator.
+void BM_IfMask_Text(benchmark::State& s) { RunText(s, "if(x>c,a*exp(-b*x),0)+d*x", {}, {2.0, 0.3, 5.0, 1.7}); }
+void BM_IfMask_Block(benchmark::State& s) { RunTextBlock(s, "if(x>c,a*exp(-b*x),0)+d*x", {}, {2.0, 0.3, 5.0, 1.7}); }
+void BM_IfMask_Cpp(benchmark::State& s) {
+  RunNative(s, [](double x) { return (x > c_ ? a_ * std::exp(-b_ * x) : 0.0) + d_ * x; });
+}
 void BM_BesselGamma_Text(benchmark::State& s) { RunText(s, "a*j0(b*x)+c*gammaln(d+x)", {}, {2.0, 0.3, 0.5, 1.7}); }
 void BM_BesselGamma_Block(benchmark::State& s) {
   RunTextBlock(s, "a*j0(b*x)+c*gammaln(d+x)", {}, {2.0, 0.3, 0.5, 1.7});
@@ -158,6 +164,9 @@ BENCHMARK(BM_ExpSin_Cpp);
 BENCHMARK(BM_IfSub_Text);
 BENCHMARK(BM_IfSub_Block);
 BENCHMARK(BM_IfSub_Cpp);
+BENCHMARK(BM_IfMask_Text);
+BENCHMARK(BM_IfMask_Block);
+BENCHMARK(BM_IfMask_Cpp);
 BENCHMARK(BM_BesselGamma_Text);
 BENCHMARK(BM_BesselGamma_Block);
 BENCHMARK(BM_BesselGamma_Cpp);
