@@ -100,6 +100,15 @@ class TESSARIX_API MultipleNonlinearRegression : public RegressionObject {
   // The same as a Variant array of Doubles; Empty when there is no root.
   Variant CalculateRootsAlt(double YValue, const Variant& XValues, std::int32_t XIndex, double XLowerBound,
                             double XUpperBound, std::int32_t NumIntervals = 100);
+
+  // ---- result file -----------------------------------------------------------
+  // Writes the model, the observations and the solution to FilePath as a
+  // result file of the desktop application Tessara, as
+  // NonlinearRegression::SaveTSF does, with the same errors in the same
+  // order; between the version (10036) and the write (10010) a model of more
+  // than 20 independent variables raises TooManyIndependentVariables (10041)
+  // for version 8.0. Version 7.1 takes any number of variables.
+  void SaveTSF(const std::string& FilePath, std::int32_t MajorVersion, std::int32_t MinorVersion);
 };
 
 }  // namespace tessarix

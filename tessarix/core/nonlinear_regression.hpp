@@ -114,6 +114,18 @@ class TESSARIX_API NonlinearRegression : public RegressionObject {
   // negated value) by Romberg integration to a relative 1e-6. Raises 10040
   // when the model fails anywhere on the interval, its bounds included.
   double CalculateIntegral(double XLowerBound, double XUpperBound);
+
+  // ---- result file -----------------------------------------------------------
+  // Writes the model, the observations and the solution to FilePath as a
+  // result file of the desktop application Tessara, version 7.1 or 8.0
+  // (MajorVersion, MinorVersion); the versions differ only in the version
+  // line. A model defined but not solved is written without its solution.
+  // The file is replaced as a whole: when the write fails an existing file
+  // stays as it was. Raises, in this order: 10023 with no model, 10033 when
+  // locked, NotValidForExternalModels (10034) for an external model,
+  // UnsupportedTessaraVersion (10036) for another version, FileWriteError
+  // (10010) when the file cannot be written.
+  void SaveTSF(const std::string& FilePath, std::int32_t MajorVersion, std::int32_t MinorVersion);
 };
 
 }  // namespace tessarix

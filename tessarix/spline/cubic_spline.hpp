@@ -148,6 +148,16 @@ class TESSARIX_API CubicSpline {
   // when the file cannot be written.
   void SaveLog(const std::string& FilePath, bool Append = false);
 
+  // ---- result file -------------------------------------------------------------
+  // Writes the points and the knots of the solved spline to FilePath as a
+  // result file of the desktop application Tessara, version 7.1 or 8.0
+  // (MajorVersion, MinorVersion); the versions differ only in the version
+  // line. The file is replaced as a whole: when the write fails an existing
+  // file stays as it was. Raises, in this order: 10029 when not solved,
+  // UnsupportedTessaraVersion (10036) for another version, FileWriteError
+  // (10010) when the file cannot be written.
+  void SaveTSF(const std::string& FilePath, std::int32_t MajorVersion, std::int32_t MinorVersion);
+
   // The caller's own text, kept as it is.
   std::string Tag() const;
   void SetTag(const std::string& value);

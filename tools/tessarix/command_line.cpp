@@ -88,6 +88,17 @@ void AddSolverOptions(CLI::App& command, std::optional<std::int32_t>& max_iterat
       ->check(CLI::PositiveNumber);
 }
 
+void AddResultFileOptions(CLI::App& command, ResultFileOptions& tsf) {
+  command
+      .add_option("--tsf", tsf.path,
+                  "Save the data and the solution to FILE as a result file of the desktop application Tessara "
+                  "(TSF version 8.0 unless --tsf-version says otherwise)")
+      ->type_name("FILE");
+  command.add_option("--tsf-version", tsf.version, "Tessara version of the --tsf file: 8.0 or 7.1")
+      ->check(CLI::IsMember({"8.0", "7.1"}))
+      ->capture_default_str();
+}
+
 // "NAME=VALUE" of --estimate.
 std::pair<std::string, double> ParseEstimate(const std::string& text) {
   const auto equals = text.find('=');
@@ -144,6 +155,7 @@ int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::os
   fit_command->add_option("--plot-points", fit.plot_points, "Points of the fitted curve in the plot")
       ->check(CLI::Range(2, 100000))
       ->capture_default_str();
+  AddResultFileOptions(*fit_command, fit.tsf);
 
   std::string word;
   CLI::App* models_command = app.add_subcommand("models", "List the pre-defined models");
@@ -176,6 +188,7 @@ int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::os
   spline_command->add_option("--plot-points", spline.plot_points, "Points of the spline in the plot")
       ->check(CLI::Range(2, 100000))
       ->capture_default_str();
+  AddResultFileOptions(*spline_command, spline.tsf);
 
   try {
     app.parse(argc, argv);

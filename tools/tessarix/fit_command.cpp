@@ -5,6 +5,7 @@
 #include <tessarix/data/data_collection.hpp>
 #include <tessarix/data/data_series.hpp>
 #include <tessarix/multiple/multiple_nonlinear_regression.hpp>
+#include <utility>
 
 #include "csv_table.hpp"
 #include "report.hpp"
@@ -100,14 +101,18 @@ int FitAndReport(Regression& regression, const FitOptions& options, const Loaded
   heading.sd_name = data.sd ? data.sd->Name() : "";
   heading.model_label = ModelLabel(regression, options.model);
   out << FitReport(regression, heading);
+  // The notes on written files follow the report after one empty line.
+  const char* gap = "\n";
   if (!options.table_path.empty()) {
     WriteResultTable(options.table_path, *regression.ResultTables());
-    out << "\nTable written to " << CleanText(options.table_path) << '\n';
+    out << std::exchange(gap, "") << "Table written to " << CleanText(options.table_path) << '\n';
   }
   if (!options.plot_path.empty()) {
     WriteFitPlot(options.plot_path, plot_data(heading.model_label));
-    out << (options.table_path.empty() ? "\n" : "") << "Plot written to " << CleanText(options.plot_path) << '\n';
+    out << std::exchange(gap, "") << "Plot written to " << CleanText(options.plot_path) << '\n';
   }
+  if (!options.tsf.path.empty()) out << std::exchange(gap, "");
+  SaveResultFile(regression, options.tsf, out);
   return kExitOk;
 }
 

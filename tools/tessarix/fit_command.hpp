@@ -1,5 +1,5 @@
 // `tessarix fit`: one model fitted to one data file, with the report on
-// standard output and the optional log, table and plot files.
+// standard output and the optional log, table, plot and result files.
 #pragma once
 
 #include <ostream>
@@ -10,6 +10,7 @@
 
 #include "data_input.hpp"
 #include "model_setup.hpp"
+#include "result_file.hpp"
 
 namespace tessarix::tool {
 
@@ -19,6 +20,7 @@ struct FitOptions {
   std::string log_path;    // --log
   std::string table_path;  // --table
   std::string plot_path;   // --plot
+  ResultFileOptions tsf;   // --tsf, --tsf-version
   int plot_points = 500;   // points of the fitted curve in the plot
 };
 

@@ -206,6 +206,8 @@ int RunSpline(const SplineOptions& options, std::ostream& out) {
     WriteFitPlot(options.plot_path, plot);
     out << (options.table_path.empty() ? "\n" : "") << "Plot written to " << CleanText(options.plot_path) << '\n';
   }
+  if (!options.tsf.path.empty() && options.table_path.empty() && options.plot_path.empty()) out << '\n';
+  SaveResultFile(spline, options.tsf, out);
   return kExitOk;
 }
 

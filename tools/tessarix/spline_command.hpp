@@ -1,6 +1,6 @@
 // `tessarix spline`: a natural cubic spline through the points of a data file,
 // with a summary of its knots, values and derivatives at requested x, and the
-// optional table and plot files.
+// optional table, plot and result files.
 #pragma once
 
 #include <ostream>
@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "data_input.hpp"
+#include "result_file.hpp"
 
 namespace tessarix::tool {
 
@@ -17,6 +18,7 @@ struct SplineOptions {
   std::vector<double> at;  // --at: x values to report
   std::string table_path;  // --table
   std::string plot_path;   // --plot
+  ResultFileOptions tsf;   // --tsf, --tsf-version
   int plot_points = 500;   // points of the spline in the plot
 };
 

@@ -106,7 +106,9 @@ void Compiler::ParseExpression(int level, int depth) {
 void Compiler::ParseOperand(int depth) {
   const std::string token = tok_.Token();
   const std::string lower = LowerAscii(token);
-  if (VariableNumber(lower, s_.several_variables) >= 0 || IsLetterAToT(lower)) {
+  // A name: a variable, a parameter letter the tokeniser hands over as it
+  // stands, or any other identifier.
+  if (VariableNumber(lower, s_.several_variables) >= 0 || IsLetterAToT(lower) || token == "id") {
     ParseName(depth);
   } else if (token == "num") {
     // A lexeme that does not convert is the constant 0, not a fault: the
@@ -134,8 +136,6 @@ void Compiler::ParseOperand(int depth) {
     // "x+a". Long-standing behaviour of the language.
     tok_.Next();
     ParseExpression(1, depth + 1);
-  } else if (token == "id") {
-    ParseName(depth);
   } else {
     Fault();  // the end of the text included
   }
