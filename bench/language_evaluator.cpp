@@ -1,6 +1,7 @@
 // The model language's evaluator against the same expressions compiled as
-// C++: nanoseconds per evaluation (one model value at one point), and a whole
-// fit of a text model on 1e5 points.
+// C++: nanoseconds per evaluation (one model value at one point, and a block
+// of points at once through EvaluateBlock), and a whole fit of a text model
+// on 1e5 points.
 #include <benchmark/benchmark.h>
 
 #include <cmath>
@@ -58,6 +59,25 @@ void RunText(benchmark::State& state, const std::string& y, const std::vector<st
   state.SetItemsProcessed(state.iterations() * kPoints);
 }
 
+// The same points in one call of the block evaluator.
+void RunTextBlock(benchmark::State& state, const std::string& y, const std::vector<std::string>& subs,
+                  const std::vector<double>& values) {
+  CompiledText m;
+  Compile(m, y, subs, values);
+  std::vector<double> xs(kPoints), out(kPoints);
+  for (int i = 0; i < kPoints; ++i) xs[static_cast<std::size_t>(i)] = XAt(i);
+  double sum = 0.0;
+  for (auto _ : state) {
+    if (m.model.EvaluateBlock(m.parameters.data(), xs.data(), 1, kPoints, m.stats, out.data()) != kPoints) {
+      state.SkipWithError("evaluation failed");
+      return;
+    }
+    sum += out[kPoints - 1];
+  }
+  benchmark::DoNotOptimize(sum);
+  state.SetItemsProcessed(state.iterations() * kPoints);
+}
+
 template <class F>
 void RunNative(benchmark::State& state, F f) {
   double sum = 0.0;
@@ -76,21 +96,35 @@ void RunNative(benchmark::State& state, F f) {
 volatile double a_ = 2.0, b_ = 0.3, c_ = 0.5, d_ = 1.7;
 
 void BM_Linear_Text(benchmark::State& s) { RunText(s, "a*x+b", {}, {2.0, 0.3}); }
+void BM_Linear_Block(benchmark::State& s) { RunTextBlock(s, "a*x+b", {}, {2.0, 0.3}); }
 void BM_Linear_Cpp(benchmark::State& s) {
   RunNative(s, [](double x) { return a_ * x + b_; });
 }
 void BM_ExpSin_Text(benchmark::State& s) { RunText(s, "a*exp(-b*x)+c*sin(d*x)", {}, {2.0, 0.3, 0.5, 1.7}); }
+void BM_ExpSin_Block(benchmark::State& s) { RunTextBlock(s, "a*exp(-b*x)+c*sin(d*x)", {}, {2.0, 0.3, 0.5, 1.7}); }
 void BM_ExpSin_Cpp(benchmark::State& s) {
   RunNative(s, [](double x) { return a_ * std::exp(-b_ * x) + c_ * std::sin(d_ * x); });
 }
 void BM_IfSub_Text(benchmark::State& s) { RunText(s, "if(x>c,F1,0)+d*F1", {"a*exp(-b*x)"}, {2.0, 0.3, 5.0, 1.7}); }
+void BM_IfSub_Block(benchmark::State& s) {
+  RunTextBlock(s, "if(x>c,F1,0)+d*F1", {"a*exp(-b*x)"}, {2.0, 0.3, 5.0, 1.7});
+}
 void BM_IfSub_Cpp(benchmark::State& s) {
   RunNative(s, [](double x) {
     const double f1 = a_ * std::exp(-b_ * x);
     return (x > c_ ? f1 : 0.0) + d_ * f1;
   });
 }
+// A conditional without sub-definitions: by masks in the block evaluator.
+void BM_IfMask_Text(benchmark::State& s) { RunText(s, "if(x>c,a*exp(-b*x),0)+d*x", {}, {2.0, 0.3, 5.0, 1.7}); }
+void BM_IfMask_Block(benchmark::State& s) { RunTextBlock(s, "if(x>c,a*exp(-b*x),0)+d*x", {}, {2.0, 0.3, 5.0, 1.7}); }
+void BM_IfMask_Cpp(benchmark::State& s) {
+  RunNative(s, [](double x) { return (x > c_ ? a_ * std::exp(-b_ * x) : 0.0) + d_ * x; });
+}
 void BM_BesselGamma_Text(benchmark::State& s) { RunText(s, "a*j0(b*x)+c*gammaln(d+x)", {}, {2.0, 0.3, 0.5, 1.7}); }
+void BM_BesselGamma_Block(benchmark::State& s) {
+  RunTextBlock(s, "a*j0(b*x)+c*gammaln(d+x)", {}, {2.0, 0.3, 0.5, 1.7});
+}
 void BM_BesselGamma_Cpp(benchmark::State& s) {
   RunNative(s,
             [](double x) { return a_ * tessarix::detail::BesselJ0(b_ * x) + c_ * tessarix::detail::GammaLn(d_ + x); });
@@ -122,12 +156,19 @@ void BM_ThreeVariables_Cpp(benchmark::State& s) {
 }
 
 BENCHMARK(BM_Linear_Text);
+BENCHMARK(BM_Linear_Block);
 BENCHMARK(BM_Linear_Cpp);
 BENCHMARK(BM_ExpSin_Text);
+BENCHMARK(BM_ExpSin_Block);
 BENCHMARK(BM_ExpSin_Cpp);
 BENCHMARK(BM_IfSub_Text);
+BENCHMARK(BM_IfSub_Block);
 BENCHMARK(BM_IfSub_Cpp);
+BENCHMARK(BM_IfMask_Text);
+BENCHMARK(BM_IfMask_Block);
+BENCHMARK(BM_IfMask_Cpp);
 BENCHMARK(BM_BesselGamma_Text);
+BENCHMARK(BM_BesselGamma_Block);
 BENCHMARK(BM_BesselGamma_Cpp);
 BENCHMARK(BM_ThreeVariables_Text);
 BENCHMARK(BM_ThreeVariables_Cpp);

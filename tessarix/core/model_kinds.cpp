@@ -2,6 +2,9 @@
 // parts of the external kind that do not depend on the class.
 #include "tessarix/core/internal/model_kinds.hpp"
 
+#include <cmath>
+#include <cstddef>
+
 #include "tessarix/models/least_squares_estimates.hpp"
 #include "tessarix/models/multiple_catalogue.hpp"
 #include "tessarix/models/predefined_formulas.hpp"
@@ -10,11 +13,47 @@ namespace tessarix::detail {
 
 namespace {
 
+// Rows of a block of a text model that runs by blocks.
+constexpr std::int32_t kTextBlockRows = 256;
+
 class TextKind final : public PointModel {
  public:
   TextKind(TextModel& text, const DataStatistics& words) : text_(text), words_(words) {}
   bool RawValue(std::span<const double> point, const double* parameters, double& y) override {
     return text_.Evaluate(parameters, point, words_, y);
+  }
+
+  // Programs whose points cannot influence each other run by blocks; the
+  // others keep the order of a pass point by point.
+  std::int32_t BlockRows() const override { return text_.RunsByBlocks() ? kTextBlockRows : 1; }
+
+  // The values of the block first, then the derivatives row by row: for a
+  // program that runs by blocks neither depends on the order. The first
+  // failure in row order is reported, as a pass row by row finds it.
+  bool EvaluateRows(const PointTable& points, std::int32_t first, std::int32_t count, double* parameters,
+                    const std::int32_t* ia, std::int32_t parameter_count, double* values, double* derivatives,
+                    std::int32_t stride, RowFailure& failure) override {
+    if (!text_.RunsByBlocks()) {
+      return PointModel::EvaluateRows(points, first, count, parameters, ia, parameter_count, values, derivatives,
+                                      stride, failure);
+    }
+    std::int32_t done =
+        text_.EvaluateBlock(parameters, points.Row(first).data(), points.Width(), count, words_, values);
+    for (std::int32_t r = 0; r < done; ++r) {
+      if (!std::isfinite(values[r])) done = r;  // no non-finite model value is handed on
+    }
+    for (std::int32_t r = 0; ia != nullptr && r < done; ++r) {
+      if (!Derivatives(points.Row(first + r), parameters, ia, parameter_count,
+                       derivatives + static_cast<std::ptrdiff_t>(r) * stride)) {
+        failure = {first + r, true};
+        return false;
+      }
+    }
+    if (done < count) {
+      failure = {first + done, false};
+      return false;
+    }
+    return true;
   }
 
  private:

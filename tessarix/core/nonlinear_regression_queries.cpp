@@ -52,6 +52,20 @@ std::vector<double> NonlinearRegression::PredictArray(std::span<const double> XV
   return detail::RunUnderHandler(
       [&] {
         std::vector<double> result(XValues.size());
+        detail::PointModel* kind = engine_->kind.get();
+        if (kind != nullptr && engine_->model.type == tsxModelUser && kind->BlockRows() > 1 && !XValues.empty()) {
+          // A text model that runs by blocks: the whole array at once, with
+          // the failure at the value where a loop of PredictValue stops.
+          detail::PointTable points;
+          points.Allocate(static_cast<std::int32_t>(XValues.size()), 1);
+          for (std::size_t i = 0; i < XValues.size(); ++i) points.At(static_cast<std::int32_t>(i) + 1, 1) = XValues[i];
+          detail::RowFailure failure;
+          if (!kind->EvaluateRows(points, 1, points.Count(), engine_->core.parameter_values.data(), nullptr, 0,
+                                  result.data(), nullptr, 0, failure)) {
+            RaiseLibraryError(ErrorCode::ModelEvaluationError);
+          }
+          return result;
+        }
         for (std::size_t i = 0; i < XValues.size(); ++i) result[i] = ValueAt(*engine_, XValues[i]);
         return result;
       },

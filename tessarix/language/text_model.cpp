@@ -1,5 +1,6 @@
 #include "tessarix/language/text_model.hpp"
 
+#include "tessarix/language/internal/block_evaluator.hpp"
 #include "tessarix/language/internal/compiler.hpp"
 #include "tessarix/language/internal/compiler_state.hpp"
 #include "tessarix/language/internal/evaluator.hpp"
@@ -13,6 +14,8 @@ struct TextModelState {
   ModelProgram program;
   EvaluationScratch scratch;
   std::int32_t variables = 0;
+  BlockPlan plan;
+  bool planned = false;  // plan matches the program
 };
 
 TextModel::TextModel() : state_(std::make_unique<TextModelState>()) {}
@@ -25,6 +28,7 @@ std::vector<std::string> TextModel::Define(const tessarix::ModelDefinition& defi
                                            tessarix::ModelDefinition& local, std::int32_t independent_variables) {
   TextModelState& s = *state_;
   s.variables = 0;
+  s.planned = false;  // a failed compile changes the program too
   s.compiler.several_variables = independent_variables >= 1;
   PrepareDefinition(s.compiler, definition, locale, separators, english, local);
   CompiledModel model = CompileUserModel(s.compiler, s.program, separators);
@@ -42,6 +46,22 @@ bool TextModel::Evaluate(const double* parameters, std::span<const double> point
 
 bool TextModel::Evaluate(const double* parameters, double x, const DataStatistics& words, double& y) noexcept {
   return EvaluateProgram(state_->program, state_->scratch, parameters, x, words, y);
+}
+
+bool TextModel::RunsByBlocks() noexcept {
+  TextModelState& s = *state_;
+  if (!s.planned) {
+    s.plan = PlanBlocks(s.program);
+    s.planned = true;
+  }
+  return s.plan.usable;
+}
+
+std::int32_t TextModel::EvaluateBlock(const double* parameters, const double* points, std::int32_t width,
+                                      std::int32_t count, const DataStatistics& words, double* y) noexcept {
+  (void)RunsByBlocks();
+  TextModelState& s = *state_;
+  return EvaluateProgramBlock(s.program, s.plan, s.scratch, parameters, points, width, count, words, y);
 }
 
 std::string TextModel::Dump() const { return DumpProgram(state_->program); }

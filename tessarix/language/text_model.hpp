@@ -69,6 +69,21 @@ class TextModel {
   // The same at x, for a model of one variable.
   [[nodiscard]] bool Evaluate(const double* parameters, double x, const DataStatistics& words, double& y) noexcept;
 
+  // y[r] = the model at rows 0..count-1 of `points`, row r at points + r *
+  // width with `width` elements (x, or x1..xm). Returns how many rows were
+  // evaluated before the first failure (count when all were): the values,
+  // the failing row and the saved sub-definition values afterwards are
+  // exactly those of Evaluate called row by row. Programs whose points cannot
+  // depend on each other (no conditional, no value of a sub-definition read
+  // before it is saved) run a block of points per instruction; the others
+  // run row by row. Never throws.
+  [[nodiscard]] std::int32_t EvaluateBlock(const double* parameters, const double* points, std::int32_t width,
+                                           std::int32_t count, const DataStatistics& words, double* y) noexcept;
+  // Whether the current program runs by blocks in EvaluateBlock; the rows of
+  // one that does not may also be evaluated out of order without changing a
+  // result.
+  [[nodiscard]] bool RunsByBlocks() noexcept;
+
   // A readable listing of the compiled records (kind, code, text, jumps), for
   // tests and diagnostics: one line per record, as "3 param b #2",
   // "4 binary * c4", "5 func if c45 ->6/9" or "2 const 1.5 =1.5".

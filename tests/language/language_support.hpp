@@ -7,11 +7,13 @@
 #include <cmath>
 #include <initializer_list>
 #include <optional>
+#include <random>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "support/test_helpers.hpp"
+#include "tessarix/language/internal/function_table.hpp"
 #include "tessarix/language/text_model.hpp"
 
 namespace tessarix::test {
@@ -51,6 +53,22 @@ class LanguageModel {
   }
   std::optional<double> Eval(double x, std::initializer_list<double> values = {}) { return At({x}, values); }
 
+  // The parameter values (sorted order) for Block.
+  void SetParameters(std::initializer_list<double> values) {
+    std::size_t i = 1;
+    for (double v : values) {
+      if (i < parameters_.size()) parameters_[i] = v;
+      ++i;
+    }
+  }
+  // The block evaluator over rows of `width` values; the rows done.
+  std::int32_t Block(const std::vector<double>& points, std::int32_t width, std::vector<double>& y) {
+    const auto count = static_cast<std::int32_t>(points.size() / static_cast<std::size_t>(width));
+    y.assign(static_cast<std::size_t>(count), -12345.0);
+    return model_.EvaluateBlock(parameters_.data(), points.data(), width, count, stats_, y.data());
+  }
+  bool RunsByBlocks() { return model_.RunsByBlocks(); }
+
   std::string Dump() const { return model_.Dump(); }
   std::int32_t Variables() const { return model_.IndependentVariables(); }
   detail::DataStatistics& Stats() { return stats_; }
@@ -65,6 +83,50 @@ class LanguageModel {
   std::vector<double> parameters_;
   ModelDefinition english_, local_;
 };
+
+using Words = std::vector<std::string>;
+
+// Pieces joined by appending (g++ 12 warns wrongly about "text" + string).
+inline std::string Cat(std::initializer_list<std::string> pieces) {
+  std::string out;
+  for (const std::string& p : pieces) out += p;
+  return out;
+}
+
+// Mostly well-formed expressions over the whole language (every function
+// word), with a junk piece spliced in now and then.
+inline std::string RandomExpr(std::mt19937& gen, int depth, bool several) {
+  static const Words kOperands = {"x",  "a",  "b",  "c",  "1",     "2.5",   "1e5-3", "0", "xmean",
+                                  "pi", "F1", "F2", "f3", "endif", "ENDIF", "e",     ".", "1.2.3"};
+  // With several variables, "x" is a parameter.
+  static const Words kSeveral = {"x1", "X02", "x3", "x", "a", "x2min", "yatx1max", "ymean", "F1", "x51"};
+  static const Words kBinary = {"+", "-",  "*",  "/",  "^",     "\\",   " mod ", "=",     "<",
+                                ">", "<>", "<=", ">=", " and ", " or ", " xor ", " eqv ", " imp "};
+  static const Words kJunk = {"(", ")", ",", ";", "#", "AND", "Mod", ">>", "2 x", "", "-", "not "};
+  const auto pick = [&](const Words& v) { return v[std::uniform_int_distribution<std::size_t>(0, v.size() - 1)(gen)]; };
+  const auto sub = [&] { return RandomExpr(gen, depth + 1, several); };
+  const int choice = std::uniform_int_distribution<int>(0, depth > 4 ? 1 : 8)(gen);
+  std::string e;
+  if (choice <= 1) {
+    e = pick(several ? kSeveral : kOperands);
+  } else if (choice == 2) {
+    e = Cat({"-", sub()});
+  } else if (choice == 3) {
+    e = Cat({"not ", sub()});
+  } else if (choice == 4) {
+    e = Cat({"(", sub(), ")"});
+  } else if (choice == 5) {
+    const auto rows = detail::FunctionRows();
+    const detail::FunctionRow& w = rows[std::uniform_int_distribution<std::size_t>(0, rows.size() - 1)(gen)];
+    e = Cat({std::string(w.word), "(", sub()});
+    for (int i = 1; i < w.arity; ++i) e += Cat({",", sub()});
+    e += ")";
+  } else {
+    e = Cat({sub(), pick(kBinary), sub()});
+  }
+  if (std::uniform_int_distribution<int>(0, 19)(gen) == 0) e += pick(kJunk);
+  return e;
+}
 
 // Value of a constant expression with x given (the model needs a parameter and
 // x to be valid, so "+0*zz+0*x" is added; zz stays 0).

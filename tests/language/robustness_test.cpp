@@ -17,50 +17,6 @@
 namespace tessarix::test {
 namespace {
 
-using Words = std::vector<std::string>;
-
-// Pieces joined by appending (g++ 12 warns wrongly about "text" + string).
-std::string Cat(std::initializer_list<std::string> pieces) {
-  std::string out;
-  for (const std::string& p : pieces) out += p;
-  return out;
-}
-
-// Mostly well-formed expressions over the whole language (every function
-// word), with a junk piece spliced in now and then.
-std::string RandomExpr(std::mt19937& gen, int depth, bool several) {
-  static const Words kOperands = {"x",  "a",  "b",  "c",  "1",     "2.5",   "1e5-3", "0", "xmean",
-                                  "pi", "F1", "F2", "f3", "endif", "ENDIF", "e",     ".", "1.2.3"};
-  // With several variables, "x" is a parameter.
-  static const Words kSeveral = {"x1", "X02", "x3", "x", "a", "x2min", "yatx1max", "ymean", "F1", "x51"};
-  static const Words kBinary = {"+", "-",  "*",  "/",  "^",     "\\",   " mod ", "=",     "<",
-                                ">", "<>", "<=", ">=", " and ", " or ", " xor ", " eqv ", " imp "};
-  static const Words kJunk = {"(", ")", ",", ";", "#", "AND", "Mod", ">>", "2 x", "", "-", "not "};
-  const auto pick = [&](const Words& v) { return v[std::uniform_int_distribution<std::size_t>(0, v.size() - 1)(gen)]; };
-  const auto sub = [&] { return RandomExpr(gen, depth + 1, several); };
-  const int choice = std::uniform_int_distribution<int>(0, depth > 4 ? 1 : 8)(gen);
-  std::string e;
-  if (choice <= 1) {
-    e = pick(several ? kSeveral : kOperands);
-  } else if (choice == 2) {
-    e = Cat({"-", sub()});
-  } else if (choice == 3) {
-    e = Cat({"not ", sub()});
-  } else if (choice == 4) {
-    e = Cat({"(", sub(), ")"});
-  } else if (choice == 5) {
-    const auto rows = detail::FunctionRows();
-    const detail::FunctionRow& w = rows[std::uniform_int_distribution<std::size_t>(0, rows.size() - 1)(gen)];
-    e = Cat({std::string(w.word), "(", sub()});
-    for (int i = 1; i < w.arity; ++i) e += Cat({",", sub()});
-    e += ")";
-  } else {
-    e = Cat({sub(), pick(kBinary), sub()});
-  }
-  if (std::uniform_int_distribution<int>(0, 19)(gen) == 0) e += pick(kJunk);
-  return e;
-}
-
 // Defines y (F1, F2) on `m` and evaluates at a few points; returns whether
 // the definition succeeded.
 bool DefineAndEvaluate(LanguageModel& m, const std::string& y, const std::string& f1, const std::string& f2) {

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <limits>
 
+#include "tessarix/language/internal/evaluator_steps.hpp"
 #include "tessarix/numerics/power.hpp"
 #include "tessarix/platform/rounding.hpp"
 
@@ -15,26 +16,7 @@ void PrepareScratch(const ModelProgram& program, EvaluationScratch& scratch) {
 
 namespace {
 
-constexpr double kTrue = -1.0;
-constexpr double kFalse = 0.0;
-constexpr double kFailed = std::numeric_limits<double>::quiet_NaN();
-
-// The integer operators convert both operands to 32-bit integers, rounding
-// half to even; a conversion out of range raises "Overflow", which the caller
-// catches. NaN stands for a failed operation and fails the step's check.
-inline double IntDivide(double a, double b) {
-  const std::int32_t ia = RoundToInt32(a), ib = RoundToInt32(b);
-  if (ib == 0) return kFailed;
-  if (ia == std::numeric_limits<std::int32_t>::min() && ib == -1) return kFailed;  // overflows 32 bits
-  return static_cast<double>(ia / ib);  // NOLINT(bugprone-integer-division): the language's integer division
-}
-inline double Mod(double a, double b) {
-  const std::int32_t ia = RoundToInt32(a), ib = RoundToInt32(b);
-  if (ib == 0) return kFailed;
-  return ib == -1 ? 0.0 : static_cast<double>(ia % ib);
-}
-inline double Truth(bool holds) { return holds ? kTrue : kFalse; }
-inline double Quotient(double a, double b) { return b == 0.0 ? kFailed : a / b; }
+using namespace steps;  // NOLINT(google-build-using-namespace): the shared steps
 
 // The top of the stack is kept in a register (`top`); the cells below it are
 // in memory, st[1..sp-1]. A push spills the old top.

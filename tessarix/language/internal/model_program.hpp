@@ -202,6 +202,12 @@ struct ModelProgram {
 struct EvaluationScratch {
   std::vector<double> stack;
   std::array<double, 10> saved{};
+  // The block evaluator's lanes: its stack, the saved values and the checks,
+  // each row kBlockLanes wide.
+  std::vector<double> block;
 };
+
+// Points the block evaluator runs at once.
+inline constexpr std::int32_t kBlockLanes = 64;
 
 }  // namespace tessarix::detail

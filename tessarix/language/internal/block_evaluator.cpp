@@ -1,0 +1,466 @@
+#include "tessarix/language/internal/block_evaluator.hpp"
+
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "tessarix/language/internal/evaluator.hpp"
+#include "tessarix/language/internal/evaluator_steps.hpp"
+#include "tessarix/numerics/power.hpp"
+#include "tessarix/platform/rounding.hpp"
+
+namespace tessarix::detail {
+
+BlockPlan PlanBlocks(const ModelProgram& program) {
+  BlockPlan plan;
+  if (!program.well_formed || program.code_length < 1) return plan;
+  // "rnd" draws from one generator: its draws must come in the order of a
+  // pass point by point.
+  const FunctionRow* random = FindFunctionRow("rnd");
+  // The open conditionals: the record of each one's "endtrue".
+  std::vector<std::int32_t> open;
+  std::vector<std::int32_t> endifs;
+  bool saves_any = false;
+  const auto at = [&](std::int32_t pc) -> const Instruction& { return program.code[static_cast<std::size_t>(pc)]; };
+  for (std::int32_t pc = 1; pc <= program.code_length; ++pc) {
+    const Instruction& in = at(pc);
+    while (!endifs.empty() && endifs.back() == pc) {
+      // The end of a conditional: a record without effect.
+      if (in.op != Instr::Skip) return plan;
+      endifs.pop_back();
+    }
+    switch (in.op) {
+      case Instr::Fail:
+        return plan;
+      case Instr::If: {
+        // Condition, "if", the true branch, "endtrue" (a jump past the false
+        // branch), the false branch, "endif".
+        const std::int32_t endtrue = in.b - 1;
+        if (in.a != pc + 1 || endtrue <= pc || endtrue > program.code_length) return plan;
+        if (at(endtrue).op != Instr::EndTrue || at(endtrue).a <= endtrue || at(endtrue).a > program.code_length) {
+          return plan;
+        }
+        if (!open.empty() && endtrue >= open.back()) return plan;
+        open.push_back(endtrue);
+        ++plan.conditionals;
+        break;
+      }
+      case Instr::EndTrue:
+        if (open.empty() || open.back() != pc) return plan;
+        open.pop_back();
+        if (!endifs.empty() && in.a >= endifs.back()) return plan;
+        endifs.push_back(in.a);
+        break;
+      case Instr::Save:
+        saves_any = true;
+        plan.saves[static_cast<std::size_t>(in.a)] = true;
+        break;
+      case Instr::Recall:
+        if (!plan.saves[static_cast<std::size_t>(in.a)]) return plan;
+        break;
+      case Instr::Call1:
+        if (random != nullptr && in.f1 == random->f1) return plan;
+        break;
+      default:
+        break;
+    }
+    // A fused instruction's second record is the operator it took over.
+    if (in.op >= Instr::AddX && in.op <= Instr::DivideConstant) {
+      if (pc + 1 > program.code_length) return plan;
+      ++pc;
+      if (!endifs.empty() && endifs.back() == pc) return plan;
+    }
+  }
+  if (!open.empty() || !endifs.empty() || (saves_any && plan.conditionals > 0)) return plan;
+  plan.usable = true;
+  return plan;
+}
+
+namespace {
+
+constexpr std::int32_t kLanes = kBlockLanes;
+constexpr std::size_t kRow = static_cast<std::size_t>(kLanes);
+constexpr std::size_t kSavedRows = 10;
+// Conditionals nested deeper run point by point.
+constexpr std::int32_t kMaxNesting = 16;
+
+// The lanes of one block: the stack rows, the saved values, and `check`,
+// which stays 0 in a lane while every checked result there is finite (r * 0
+// is NaN for an infinite or NaN r).
+struct Lanes {
+  double* stack;
+  double* saved;
+  double* check;
+  // Three rows per open conditional: the condition, the checks before it,
+  // the checks after its true branch.
+  double* branches;
+  double* Row(std::int32_t k) const { return stack + static_cast<std::size_t>(k) * kRow; }
+};
+
+template <typename F>
+inline void Map(double* top, double* check, F f) {
+  for (std::int32_t i = 0; i < kLanes; ++i) {
+    const double r = f(top[i]);
+    top[i] = r;
+    check[i] += r * 0.0;
+  }
+}
+template <typename F>
+inline void Zip(double* a, const double* b, double* check, F f) {
+  for (std::int32_t i = 0; i < kLanes; ++i) {
+    const double r = f(a[i], b[i]);
+    a[i] = r;
+    check[i] += r * 0.0;
+  }
+}
+template <typename F>
+inline void WithValue(double* a, double b, double* check, F f) {
+  for (std::int32_t i = 0; i < kLanes; ++i) {
+    const double r = f(a[i], b);
+    a[i] = r;
+    check[i] += r * 0.0;
+  }
+}
+template <typename F>
+inline void WithColumn(double* a, const double* points, std::int32_t width, std::int32_t column, double* check, F f) {
+  for (std::int32_t i = 0; i < kLanes; ++i) {
+    const double r = f(a[i], points[static_cast<std::ptrdiff_t>(i) * width + column]);
+    a[i] = r;
+    check[i] += r * 0.0;
+  }
+}
+inline void Fill(double* row, double v) {
+  for (std::int32_t i = 0; i < kLanes; ++i) row[i] = v;
+}
+inline void Column(double* row, const double* points, std::int32_t width, std::int32_t column) {
+  for (std::int32_t i = 0; i < kLanes; ++i) row[i] = points[static_cast<std::ptrdiff_t>(i) * width + column];
+}
+
+// One block of exactly kLanes points. False when a check failed in some lane
+// (or a routine faulted): the caller then replays the block point by point.
+// The lanes of an operation compute exactly the expressions of the evaluator
+// point by point, so each lane's bits are those of that evaluator.
+bool RunBlock(const ModelProgram& program, const Lanes& lanes, const double* parameters, const double* points,
+              std::int32_t width, const DataStatistics& stats) {
+  // The open conditionals: depth, and the "endif" record of each.
+  std::int32_t depth = 0;
+  std::int32_t endif_at[kMaxNesting];
+  const auto branch_row = [&](std::int32_t level, std::int32_t k) {
+    return lanes.branches + (static_cast<std::size_t>(level) * 3 + static_cast<std::size_t>(k)) * kRow;
+  };
+  using namespace steps;  // NOLINT(google-build-using-namespace): the shared steps
+  const Instruction* code = program.code.data();
+  const std::int32_t length = program.code_length;
+  double* check = lanes.check;
+  Fill(check, 0.0);
+  std::int32_t sp = -1;
+  std::int32_t pc = 1;
+  while (pc <= length) {
+    const Instruction& in = code[pc];
+    while (depth > 0 && endif_at[depth - 1] == pc) {
+      // Both branches have left their value: keep the one of each lane's
+      // branch, and its checks.
+      if (sp < 1) return false;
+      --depth;
+      const double* condition = branch_row(depth, 0);
+      const double* true_checks = branch_row(depth, 2);
+      double* chosen = lanes.Row(sp - 1);
+      const double* other = lanes.Row(sp);
+      for (std::int32_t i = 0; i < kLanes; ++i) {
+        const bool taken = condition[i] == kTrue;
+        chosen[i] = taken ? chosen[i] : other[i];
+        check[i] = taken ? true_checks[i] : check[i];
+      }
+      --sp;
+    }
+    double* top = sp >= 0 ? lanes.Row(sp) : nullptr;
+    switch (in.op) {
+      case Instr::Skip:
+        break;
+      case Instr::If: {
+        if (top == nullptr || depth >= kMaxNesting) return false;
+        double* condition = branch_row(depth, 0);
+        double* before = branch_row(depth, 1);
+        for (std::int32_t i = 0; i < kLanes; ++i) {
+          condition[i] = top[i];
+          before[i] = check[i];
+        }
+        endif_at[depth] = code[in.b - 1].a;
+        ++depth;
+        --sp;
+        break;
+      }
+      case Instr::EndTrue: {
+        // On into the false branch, from the checks before the condition.
+        if (depth < 1) return false;
+        double* before = branch_row(depth - 1, 1);
+        double* after = branch_row(depth - 1, 2);
+        for (std::int32_t i = 0; i < kLanes; ++i) {
+          after[i] = check[i];
+          check[i] = before[i];
+        }
+        break;
+      }
+      case Instr::X:
+        Column(lanes.Row(++sp), points, width, 0);
+        break;
+      case Instr::Variable:
+        Column(lanes.Row(++sp), points, width, in.a);
+        break;
+      case Instr::Constant:
+        Fill(lanes.Row(++sp), in.value);
+        break;
+      case Instr::Parameter:
+        Fill(lanes.Row(++sp), parameters[in.a]);
+        break;
+      case Instr::DataWord:
+        Fill(lanes.Row(++sp), stats.Lookup(static_cast<DataWord>(in.a), in.b));
+        break;
+      case Instr::Recall: {
+        double* row = lanes.Row(++sp);
+        const double* saved = lanes.saved + static_cast<std::size_t>(in.a) * kRow;
+        for (std::int32_t i = 0; i < kLanes; ++i) row[i] = saved[i];
+        break;
+      }
+      case Instr::Save: {
+        if (top == nullptr) return false;
+        double* saved = lanes.saved + static_cast<std::size_t>(in.a) * kRow;
+        for (std::int32_t i = 0; i < kLanes; ++i) saved[i] = top[i];
+        break;
+      }
+      case Instr::Negate:
+        if (top == nullptr) return false;
+        for (std::int32_t i = 0; i < kLanes; ++i) top[i] = -top[i];
+        break;
+      case Instr::Not:
+        if (top == nullptr) return false;
+        for (std::int32_t i = 0; i < kLanes; ++i) top[i] = static_cast<double>(~RoundToInt32(top[i]));
+        break;
+      case Instr::Exp:
+      case Instr::Ln:
+      case Instr::Sqrt:
+      case Instr::Sin:
+      case Instr::Cos:
+      case Instr::Call1:
+        if (top == nullptr) return false;
+        switch (in.op) {
+          case Instr::Exp:
+            Map(top, check, [](double v) { return std::exp(v); });
+            break;
+          case Instr::Ln:
+            Map(top, check, [](double v) { return v > 0.0 ? std::log(v) : kFailed; });
+            break;
+          case Instr::Sqrt:
+            Map(top, check, [](double v) { return v >= 0.0 ? std::sqrt(v) : kFailed; });
+            break;
+          case Instr::Sin:
+            Map(top, check, [](double v) { return std::sin(v); });
+            break;
+          case Instr::Cos:
+            Map(top, check, [](double v) { return std::cos(v); });
+            break;
+          default: {
+            const Function1 f = in.f1;
+            Map(top, check, [f](double v) { return f(v); });
+            break;
+          }
+        }
+        break;
+      case Instr::Call3: {
+        if (sp < 2) return false;
+        sp -= 2;
+        double* a = lanes.Row(sp);
+        const double* b = lanes.Row(sp + 1);
+        const double* c = lanes.Row(sp + 2);
+        for (std::int32_t i = 0; i < kLanes; ++i) {
+          const double r = in.f3(a[i], b[i], c[i]);
+          a[i] = r;
+          check[i] += r * 0.0;
+        }
+        break;
+      }
+      case Instr::AddX:
+      case Instr::SubtractX:
+      case Instr::MultiplyX:
+      case Instr::DivideX:
+      case Instr::AddParameter:
+      case Instr::SubtractParameter:
+      case Instr::MultiplyParameter:
+      case Instr::DivideParameter:
+      case Instr::AddConstant:
+      case Instr::SubtractConstant:
+      case Instr::MultiplyConstant:
+      case Instr::DivideConstant: {
+        if (top == nullptr) return false;
+        const auto op = static_cast<std::int32_t>(in.op);
+        const std::int32_t form = (op - static_cast<std::int32_t>(Instr::AddX)) % 4;
+        const std::int32_t source = (op - static_cast<std::int32_t>(Instr::AddX)) / 4;
+        const auto apply = [&](auto f) {
+          if (source == 0) {
+            WithColumn(top, points, width, 0, check, f);
+          } else {
+            WithValue(top, source == 1 ? parameters[in.a] : in.value, check, f);
+          }
+        };
+        if (form == 0) apply([](double a, double b) { return a + b; });
+        if (form == 1) apply([](double a, double b) { return a - b; });
+        if (form == 2) apply([](double a, double b) { return a * b; });
+        if (form == 3) apply([](double a, double b) { return Quotient(a, b); });
+        pc += 2;
+        continue;
+      }
+      default: {
+        // The binary instructions.
+        if (sp < 1) return false;
+        --sp;
+        double* a = lanes.Row(sp);
+        const double* b = lanes.Row(sp + 1);
+        switch (in.op) {
+          case Instr::Add:
+            Zip(a, b, check, [](double u, double v) { return u + v; });
+            break;
+          case Instr::Subtract:
+            Zip(a, b, check, [](double u, double v) { return u - v; });
+            break;
+          case Instr::Multiply:
+            Zip(a, b, check, [](double u, double v) { return u * v; });
+            break;
+          case Instr::Divide:
+            Zip(a, b, check, [](double u, double v) { return Quotient(u, v); });
+            break;
+          case Instr::Call2: {
+            const Function2 f = in.f2;
+            Zip(a, b, check, [f](double u, double v) { return f(u, v); });
+            break;
+          }
+          case Instr::Power:
+            Zip(a, b, check, [](double u, double v) { return Power(u, v); });
+            break;
+          case Instr::IntDivide:
+            Zip(a, b, check, [](double u, double v) { return IntDivide(u, v); });
+            break;
+          case Instr::Mod:
+            Zip(a, b, check, [](double u, double v) { return Mod(u, v); });
+            break;
+          case Instr::Equal:
+            Zip(a, b, check, [](double u, double v) { return Truth(u == v); });
+            break;
+          case Instr::Less:
+            Zip(a, b, check, [](double u, double v) { return Truth(u < v); });
+            break;
+          case Instr::Greater:
+            Zip(a, b, check, [](double u, double v) { return Truth(u > v); });
+            break;
+          case Instr::NotEqual:
+            Zip(a, b, check, [](double u, double v) { return Truth(u != v); });
+            break;
+          case Instr::LessEqual:
+            Zip(a, b, check, [](double u, double v) { return Truth(u <= v); });
+            break;
+          case Instr::GreaterEqual:
+            Zip(a, b, check, [](double u, double v) { return Truth(u >= v); });
+            break;
+          case Instr::And:
+            Zip(a, b, check, [](double u, double v) { return static_cast<double>(RoundToInt32(u) & RoundToInt32(v)); });
+            break;
+          case Instr::Or:
+            Zip(a, b, check, [](double u, double v) { return static_cast<double>(RoundToInt32(u) | RoundToInt32(v)); });
+            break;
+          case Instr::Xor:
+            Zip(a, b, check, [](double u, double v) { return static_cast<double>(RoundToInt32(u) ^ RoundToInt32(v)); });
+            break;
+          case Instr::Eqv:
+            Zip(a, b, check,
+                [](double u, double v) { return static_cast<double>(~(RoundToInt32(u) ^ RoundToInt32(v))); });
+            break;
+          case Instr::Imp:
+            Zip(a, b, check,
+                [](double u, double v) { return static_cast<double>(~RoundToInt32(u) | RoundToInt32(v)); });
+            break;
+          default:
+            return false;  // the plan admits no other instruction
+        }
+        break;
+      }
+    }
+    ++pc;
+  }
+  if (sp != 0 || depth != 0) return false;
+  double total = 0.0;
+  for (std::int32_t i = 0; i < kLanes; ++i) total += check[i];
+  return total == 0.0;
+}
+
+// Rows first..first+count-1 point by point; the number done before a failure.
+std::int32_t ReplayRows(const ModelProgram& program, EvaluationScratch& scratch, const double* parameters,
+                        const double* points, std::int32_t width, std::int32_t count, const DataStatistics& stats,
+                        double* y) noexcept {
+  for (std::int32_t r = 0; r < count; ++r) {
+    const std::span<const double> point(points + static_cast<std::ptrdiff_t>(r) * width,
+                                        static_cast<std::size_t>(width));
+    if (!EvaluateProgram(program, scratch, parameters, point, stats, y[r])) return r;
+  }
+  return count;
+}
+
+}  // namespace
+
+std::int32_t EvaluateProgramBlock(const ModelProgram& program, const BlockPlan& plan, EvaluationScratch& scratch,
+                                  const double* parameters, const double* points, std::int32_t width,
+                                  std::int32_t count, const DataStatistics& stats, double* y) noexcept {
+  if (count <= 0) return 0;
+  if (!plan.usable || width < program.point_size || width < 1) {
+    return ReplayRows(program, scratch, parameters, points, width, count, stats, y);
+  }
+  try {
+    const std::size_t cells = program.stack_cells + 1;
+    const std::size_t needed = (cells + kSavedRows + 1 + 3 * static_cast<std::size_t>(kMaxNesting)) * kRow +
+                               static_cast<std::size_t>(kLanes * width);
+    if (scratch.block.size() < needed) scratch.block.assign(needed, 0.0);
+  } catch (...) {
+    return ReplayRows(program, scratch, parameters, points, width, count, stats, y);
+  }
+  const std::size_t cells = program.stack_cells + 1;
+  const Lanes lanes{scratch.block.data(), scratch.block.data() + cells * kRow,
+                    scratch.block.data() + (cells + kSavedRows) * kRow,
+                    scratch.block.data() + (cells + kSavedRows + 1) * kRow};
+  // The short last block runs on copies of its points, padded with its last
+  // point so that every lane computes something it would compute anyway.
+  double* padded = scratch.block.data() + (cells + kSavedRows + 1 + 3 * static_cast<std::size_t>(kMaxNesting)) * kRow;
+  for (std::int32_t first = 0; first < count; first += kLanes) {
+    const std::int32_t n = count - first < kLanes ? count - first : kLanes;
+    const double* block_points = points + static_cast<std::ptrdiff_t>(first) * width;
+    if (n < kLanes) {
+      for (std::int32_t i = 0; i < kLanes; ++i) {
+        const std::int32_t source = i < n ? i : n - 1;
+        for (std::int32_t j = 0; j < width; ++j) {
+          padded[static_cast<std::ptrdiff_t>(i) * width + j] =
+              block_points[static_cast<std::ptrdiff_t>(source) * width + j];
+        }
+      }
+      block_points = padded;
+    }
+    bool ok = false;
+    try {
+      ok = RunBlock(program, lanes, parameters, block_points, width, stats);
+    } catch (...) {
+      ok = false;
+    }
+    if (!ok) {
+      const std::int32_t done =
+          ReplayRows(program, scratch, parameters, points + static_cast<std::ptrdiff_t>(first) * width, width, n, stats,
+                     y + first);
+      if (done < n) return first + done;
+      continue;
+    }
+    const double* result = lanes.Row(0);
+    for (std::int32_t i = 0; i < n; ++i) y[first + i] = result[i];
+    for (std::size_t k = 0; k < kSavedRows; ++k) {
+      if (plan.saves[k]) scratch.saved[k] = lanes.saved[k * kRow + static_cast<std::size_t>(n - 1)];
+    }
+  }
+  return count;
+}
+
+}  // namespace tessarix::detail

@@ -1,0 +1,40 @@
+// The block evaluator: runs a finished ModelProgram over many points at once,
+// each instruction applied to a row of values, with the same results and the
+// same failures as the evaluator point by point.
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+#include "tessarix/language/data_statistics.hpp"
+#include "tessarix/language/internal/model_program.hpp"
+
+namespace tessarix::detail {
+
+// Whether a program can run by blocks with results identical to a run point
+// by point: records of successful compiles only, every recall of a saved
+// value after a save of it in the same pass (so that no point reads a value
+// saved at another point), no "rnd". Conditionals run both branches on every
+// lane and pick by the condition, the checks of the branch not taken
+// discarded; so a program with one saves nothing (a save in a branch not
+// taken would leave a stale value for a later recall), and its branches nest
+// properly.
+struct BlockPlan {
+  bool usable = false;
+  std::array<bool, 10> saves{};  // the sub-definitions the program saves
+  std::int32_t conditionals = 0;
+};
+[[nodiscard]] BlockPlan PlanBlocks(const ModelProgram& program);
+
+// y[r] = the model at rows 0..count-1 of `points` (row r at points + r *
+// width, `width` elements each). Returns the number of rows evaluated before
+// the first failure: count when every row succeeded. The values before a
+// failure, the failing row and the saved values afterwards are exactly those
+// of EvaluateProgram called row by row; a block in which any check fails is
+// replayed row by row to find the row. Never throws.
+[[nodiscard]] std::int32_t EvaluateProgramBlock(const ModelProgram& program, const BlockPlan& plan,
+                                                EvaluationScratch& scratch, const double* parameters,
+                                                const double* points, std::int32_t width, std::int32_t count,
+                                                const DataStatistics& stats, double* y) noexcept;
+
+}  // namespace tessarix::detail
