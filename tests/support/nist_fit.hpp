@@ -1,0 +1,55 @@
+// Fitting a NIST StRD problem from one of its certified starts and scoring
+// the result in digits of agreement with the certified values.
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "support/nist_problem.hpp"
+#include "tessarix/core/regression_object.hpp"
+
+namespace tessarix::test {
+
+// The smallest log relative error of the parameters and of their standard
+// errors, and that of the residual sum of squares; all 0 when not solved.
+struct NistScore {
+  bool solved = false;
+  double value_lre = 0.0, sd_lre = 0.0, rss_lre = 0.0;
+};
+
+// The parameter names of the NIST files: b1, b2, ...
+inline std::vector<std::string> NistParameterNames(std::size_t count) {
+  std::vector<std::string> names;
+  for (std::size_t j = 1; j <= count; ++j) {
+    names.push_back(std::to_string(j));
+    names.back().insert(names.back().begin(), 'b');  // not "b" + ...: g++ 12 warns falsely there
+  }
+  return names;
+}
+
+// The start's estimates and the 1000 iterations the hard problems need.
+inline void SetNistStart(RegressionObject& reg, const std::vector<double>& start) {
+  reg.SetMaxIterations(1000);
+  for (std::size_t j = 0; j < start.size(); ++j) {
+    reg.RegressionParameters()->Item(static_cast<std::int32_t>(j + 1))->SetInitialEstimate(start[j]);
+  }
+}
+
+inline NistScore ScoreNistFit(const RegressionObject& reg, const NistProblem& data) {
+  NistScore score;
+  score.solved = reg.IsSolved();
+  if (!score.solved) return score;
+  score.value_lre = score.sd_lre = 11.0;
+  const auto params = reg.RegressionParameters();
+  for (std::size_t j = 0; j < data.certified.size(); ++j) {
+    const auto p = params->Item(static_cast<std::int32_t>(j + 1));
+    score.value_lre = std::min(score.value_lre, LogRelativeError(p->Value(), data.certified[j]));
+    score.sd_lre = std::min(score.sd_lre, LogRelativeError(p->StandardError(), data.certified_sd[j]));
+  }
+  score.rss_lre = LogRelativeError(reg.SSE(), data.certified_rss);
+  return score;
+}
+
+}  // namespace tessarix::test
