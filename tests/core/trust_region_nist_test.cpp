@@ -58,20 +58,13 @@ TEST(TrustRegionNist, ReachesTheCertifiedValuesFromBothStarts) {
   }
   // Nelson: log(y) = b1 - b2*x1*exp(-b3*x2), a text model of two variables.
   const test::NistProblem nelson = test::ReadNistProblem("Nelson");
-  ASSERT_EQ(nelson.x2.size(), nelson.x.size());
-  const auto n = static_cast<std::int32_t>(nelson.x.size());
-  Matrix x(n, 2);
-  std::vector<double> log_y;
-  for (std::int32_t i = 0; i < n; ++i) {
-    x(i, 0) = nelson.x[static_cast<std::size_t>(i)];
-    x(i, 1) = nelson.x2[static_cast<std::size_t>(i)];
-    log_y.push_back(std::log(nelson.y[static_cast<std::size_t>(i)]));
-  }
+  const test::NelsonData points = test::ReadNelson();
+  ASSERT_EQ(points.log_y.size(), nelson.x.size());
   for (std::size_t start = 0; start < 2; ++start, ++cases) {
     MultipleNonlinearRegression reg;
     reg.DefineUserModel("b1-b2*x1*exp(-b3*x2)");
     found += FitAndScore(
-        reg, [&] { reg.Fit(x, log_y); }, "Nelson", nelson, start);
+        reg, [&] { reg.Fit(points.x, points.log_y); }, "Nelson", nelson, start);
   }
   std::printf("parameters to 6 digits in %d of %d cases\n", found, cases);
   std::fflush(stdout);

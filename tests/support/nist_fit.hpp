@@ -3,12 +3,14 @@
 #pragma once
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <string>
 #include <vector>
 
 #include "support/nist_problem.hpp"
 #include "tessarix/core/regression_object.hpp"
+#include "tessarix/platform/matrix.hpp"
 
 namespace tessarix::test {
 
@@ -50,6 +52,24 @@ inline NistScore ScoreNistFit(const RegressionObject& reg, const NistProblem& da
   }
   score.rss_lre = LogRelativeError(reg.SSE(), data.certified_rss);
   return score;
+}
+
+// Nelson as the multi-variable class fits it: log(y) = b1 - b2*x1*exp(-b3*x2)
+// over the points (x, x2).
+struct NelsonData {
+  Matrix x;
+  std::vector<double> log_y;
+};
+
+inline NelsonData ReadNelson() {
+  const NistProblem p = ReadNistProblem("Nelson");
+  NelsonData d{Matrix(static_cast<std::int32_t>(p.x2.size()), 2), {}};
+  for (std::size_t i = 0; i < p.x2.size(); ++i) {
+    d.x(static_cast<std::int32_t>(i), 0) = p.x[i];
+    d.x(static_cast<std::int32_t>(i), 1) = p.x2[i];
+    d.log_y.push_back(std::log(p.y[i]));
+  }
+  return d;
 }
 
 }  // namespace tessarix::test
