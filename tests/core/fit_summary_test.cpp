@@ -48,10 +48,14 @@ void ExpectRelative(double actual, double expected, double tolerance, const std:
 }
 
 // Ordinary least squares of a straight line: the delta method is exact here,
-// and the bands are the classic ones.
-TEST(FitSummary, StraightLineMatchesTheClosedForms) {
+// and the bands are the classic ones, whichever method found the fit.
+class FitSummaryOfEachMethod : public ::testing::TestWithParam<SolverMethodEnum> {};
+INSTANTIATE_TEST_SUITE_P(Methods, FitSummaryOfEachMethod, ::testing::Values(tsxSolverMarquardt, tsxSolverTrustRegion));
+
+TEST_P(FitSummaryOfEachMethod, StraightLineMatchesTheClosedForms) {
   const Line data = NoisyLine(1.0, 10);
   NonlinearRegression reg;
+  reg.SetSolverMethod(GetParam());
   reg.DefineUserModel("a+b*x");
   reg.Fit(data.x, data.y);
   ASSERT_TRUE(reg.IsSolved()) << reg.LastSolveError();
