@@ -155,7 +155,7 @@ TEST(TrustRegion, ParameterWhoseOptimumIsZero) {
   }
   // Gram-Schmidt over the columns of the Jacobian, then the noise less its
   // projections on them.
-  const auto dot = [n](const Vec& u, const Vec& v) {
+  const auto dot = [](const Vec& u, const Vec& v) {
     double d = 0.0;
     for (std::size_t i = 0; i < n; ++i) d += u[i] * v[i];
     return d;
