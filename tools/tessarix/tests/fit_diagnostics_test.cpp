@@ -63,10 +63,10 @@ TEST(FitFailure, TellsHowFarTheRunGotAndWhatToTry) {
   EXPECT_EQ(run.status, 1);
   EXPECT_TRUE(Has(run.err, "tessarix: error: the fit failed: ")) << run.err;
   const std::string logged = ReadFile(log);
-  for (const std::string& part :
-       std::vector<std::string>{"THE FIT FAILED: ", "Iterations    ", "(limit 250)", "SSE reached   0.4985",
-                                "ran off far from their starts", "Reached iteration limit of 250", "Parameter", "Start",
-                                "Reached", "End of the solution log", "  Solution failed", "What to try"}) {
+  for (const std::string& part : std::vector<std::string>{
+           "THE FIT FAILED: ", "Method        Marquardt\n", "Iterations    ", "(limit 250)", "SSE reached   0.4985",
+           "ran off far from their starts", "Reached iteration limit of 250", "Parameter", "Start", "Reached",
+           "End of the solution log", "  Solution failed", "What to try"}) {
     EXPECT_TRUE(Has(run.out, part)) << "missing '" << part << "' in\n" << run.out;
   }
   // The values reached are the log's last values; the starts are the estimates.
@@ -98,6 +98,7 @@ TEST(FitFailure, TellsHowFarTheRunGotAndWhatToTry) {
   ASSERT_TRUE(doc.ok) << doc.error << "\n" << json.out;
   EXPECT_FALSE(doc.value["solved"].boolean);
   const auto& failure = doc.value["failure"];
+  EXPECT_EQ(failure["method"].string, "Marquardt");
   EXPECT_EQ(failure["parameters"].array.size(), 3u);
   EXPECT_NEAR(failure["parameters"][2]["reached"].number, LastLoggedValue(logged, "b3"), 1e-9 * 500);
   EXPECT_EQ(failure["parameters"][2]["start"].number, 500.0);
@@ -237,6 +238,7 @@ TEST(FitJson, TheWholeReportParsesBack) {
   ASSERT_TRUE(doc.ok) << doc.error << "\n" << run.out;
   const auto& v = doc.value;
   EXPECT_TRUE(v["solved"].boolean);
+  EXPECT_EQ(v["convergence"]["method"].string, "trust-region Levenberg-Marquardt");
   EXPECT_EQ(v["tessarix"].string, "2.0.43");
   EXPECT_EQ(v["data"]["x"][0].string, "pressure");
   EXPECT_TRUE(v["data"]["sd"].IsNull());
