@@ -365,7 +365,12 @@ TrustRegionOutcome TrustRegionRun::Run(Matrix1& covar) {
         }
       }
       if (!evaluated) {
-        delta_ = kFailedStepShrink * std::min(delta_, pnorm);
+        // As a trial whose merit grew tenfold or more: the radius shrinks to
+        // a tenth, but no further than the step just tried, and the
+        // Levenberg-Marquardt parameter grows to match, so that the next
+        // step starts from a parameter of the right size for the radius.
+        delta_ = std::min(kFailedStepShrink * delta_, pnorm);
+        par_ = par_ / kFailedStepShrink;
         ratio = 0.0;
       }
       const bool accepted = evaluated && ratio >= kAcceptRatio;
