@@ -334,8 +334,11 @@ TrustRegionOutcome TrustRegionRun::Run(Matrix1& covar) {
       double dirder = 0.0;
       double actred = -1.0;
       double ratio = 0.0;
+      double shrink = kFailedStepShrink;  // the radius's factor after a rejected trial
       bool evaluated = false;
-      if (TakeStep(pnorm, prered, dirder)) {
+      const bool gauss_newton_before = par_ == 0.0;
+      const bool stepped = TakeStep(pnorm, prered, dirder);
+      if (stepped) {
         if (!accepted_any) delta_ = std::min(delta_, pnorm);
         try {
           evaluated = ValuePass(trial_.values, trial_.model, trial_.chisq, failure);
@@ -352,7 +355,7 @@ TrustRegionOutcome TrustRegionRun::Run(Matrix1& covar) {
           }
           ratio = prered != 0.0 ? actred / prered : 0.0;
           if (ratio <= kShrinkRatio) {
-            double shrink = actred >= 0.0 ? 0.5 : CheckedDiv(0.5 * dirder, Checked(dirder + 0.5 * actred));
+            shrink = actred >= 0.0 ? 0.5 : CheckedDiv(0.5 * dirder, Checked(dirder + 0.5 * actred));
             if (0.1 * fnorm1 >= fnorm_ || shrink < 0.1) shrink = 0.1;
             delta_ = Checked(shrink * std::min(delta_, pnorm / 0.1));
             par_ = CheckedDiv(par_, shrink);
@@ -371,9 +374,21 @@ TrustRegionOutcome TrustRegionRun::Run(Matrix1& covar) {
         // step starts from a parameter of the right size for the radius.
         delta_ = std::min(kFailedStepShrink * delta_, pnorm);
         par_ = par_ / kFailedStepShrink;
+        shrink = kFailedStepShrink;
         ratio = 0.0;
       }
       const bool accepted = evaluated && ratio >= kAcceptRatio;
+      if (!accepted && stepped && gauss_newton_before && pnorm > 0.0) {
+        // A rejected Gauss-Newton step is the step again for every radius
+        // it still fits in: the trial would be repeated exactly, rejected
+        // again with the same ratio, and the radius shrunk by the same
+        // factor. Those trials are skipped, not evaluated; the radius and the
+        // parameter (still 0) end as they would after them.
+        while (GaussNewtonFits(pnorm, delta_)) {
+          if (!accepted_any) delta_ = std::min(delta_, pnorm);
+          delta_ *= shrink;
+        }
+      }
       if (accepted) {
         std::swap(previous_, best_);
         std::swap(best_, trial_);

@@ -313,7 +313,7 @@ void LevenbergParameter(SquareColumns& r, const PivotedQR& qr, const std::vector
 
   double dxnorm = ScaledLength(diag, x, dx);
   double fp = dxnorm - delta;
-  if (fp <= kRadiusFit * delta) {
+  if (GaussNewtonFits(dxnorm, delta)) {
     par = 0.0;
     return;
   }
@@ -377,6 +377,8 @@ void LevenbergParameter(SquareColumns& r, const PivotedQR& qr, const std::vector
     par = std::max(lower, Checked(par + correction));
   }
 }
+
+bool GaussNewtonFits(double dxnorm, double delta) { return dxnorm - delta <= kRadiusFit * delta; }
 
 bool InverseOfNormalMatrix(const SquareColumns& r, const PivotedQR& qr, SquareColumns& inverse) {
   const std::int32_t n = r.Size();

@@ -109,6 +109,10 @@ class RowFoldingQR {
 void LevenbergParameter(SquareColumns& r, const PivotedQR& qr, const std::vector<double>& diag,
                         const std::vector<double>& qtb, double delta, double& par, std::vector<double>& x);
 
+// Whether LevenbergParameter takes the Gauss-Newton step, of scaled length
+// dxnorm, as it stands (par = 0) for the radius delta.
+[[nodiscard]] bool GaussNewtonFits(double dxnorm, double delta);
+
 // The inverse of R^T R, spread back to A's column order: the unscaled
 // covariance (A^T A)^-1. False when R has a zero on its diagonal.
 [[nodiscard]] bool InverseOfNormalMatrix(const SquareColumns& r, const PivotedQR& qr, SquareColumns& inverse);
