@@ -72,5 +72,44 @@ TEST(TrustRegionNist, ReachesTheCertifiedValuesFromBothStarts) {
   EXPECT_GE(found, 53);
 }
 
+// From Misra1c's first start the Gauss-Newton step near the solution is far
+// inside the radius and is rejected: shrinking the radius by the usual rule
+// would leave it there, and the same trial would be evaluated again. No
+// point is evaluated for values twice without a derivative pass between.
+TEST(TrustRegionNist, NoRejectedTrialIsEvaluatedAgain) {
+  const test::NistProblem data = test::ReadNistProblem("Misra1c");
+  ASSERT_FALSE(data.x.empty());
+  NonlinearRegression reg;
+  const std::vector<std::string> names{"b1", "b2"};
+  reg.DefineExternalModel(names, true);
+  const double first_x = data.x.front();
+  std::vector<std::vector<double>> values_at;  // the points of the value evaluations at the first x
+  reg.Events.EvaluateExternal = [&](std::vector<double>& b, double x, double& y, bool& ok) {
+    if (x == first_x) values_at.push_back(b);
+    y = b[0] * (1.0 - 1.0 / std::sqrt(1.0 + 2.0 * b[1] * x));
+    ok = std::isfinite(y);
+  };
+  reg.Events.DerivativeExternal = [&](std::vector<double>& b, double x, std::vector<double>& d, bool& ok) {
+    // A derivative pass (whose values come first) separates the value
+    // evaluations before and after it.
+    if (x == first_x) {
+      if (!values_at.empty() && values_at.back() == b) values_at.pop_back();
+      values_at.emplace_back();
+    }
+    const double root = std::sqrt(1.0 + 2.0 * b[1] * x);
+    d[0] = 1.0 - 1.0 / root;
+    d[1] = b[0] * x / (root * root * root);
+    ok = true;
+  };
+  reg.SetSolverMethod(tsxSolverTrustRegion);
+  test::SetNistStart(reg, data.starts[0]);
+  reg.Fit(data.x, data.y);
+  EXPECT_GE(test::ScoreNistFit(reg, data).value_lre, 6.0);
+  ASSERT_GT(values_at.size(), 10u);
+  for (std::size_t k = 1; k < values_at.size(); ++k) {
+    EXPECT_TRUE(values_at[k].empty() || values_at[k] != values_at[k - 1]) << "value evaluation " << k;
+  }
+}
+
 }  // namespace
 }  // namespace tessarix
