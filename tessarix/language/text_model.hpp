@@ -84,6 +84,20 @@ class TextModel {
   // result.
   [[nodiscard]] bool RunsByBlocks() noexcept;
 
+  // The exact parameter derivatives with the values, by forward mode over
+  // the program: y[r] as EvaluateBlock computes it and, for l = 1..
+  // parameter_count, dyda[r * stride + l] = dy/dparameter l at row r (0 where
+  // ia[l] is 0, a fixed parameter). Only for a program that RunsByBlocks().
+  // False at the first failure, with its row and whether the value (exactly
+  // as EvaluateBlock fails) or the derivatives (not finite, or a word's
+  // derivative that cannot be had) failed; the rows before it are complete.
+  // Never throws.
+  [[nodiscard]] bool EvaluateBlockDerivatives(const double* parameters, const std::int32_t* ia,
+                                              std::int32_t parameter_count, const double* points, std::int32_t width,
+                                              std::int32_t count, const DataStatistics& words, double* y, double* dyda,
+                                              std::int32_t stride, std::int32_t& failed_row,
+                                              bool& in_derivatives) noexcept;
+
   // A readable listing of the compiled records (kind, code, text, jumps), for
   // tests and diagnostics: one line per record, as "3 param b #2",
   // "4 binary * c4", "5 func if c45 ->6/9" or "2 const 1.5 =1.5".
