@@ -18,8 +18,8 @@ constexpr std::int32_t kTextBlockRows = 256;
 
 class TextKind final : public PointModel {
  public:
-  TextKind(TextModel& text, const DataStatistics& words, const DerivativeMethodEnum& method)
-      : text_(text), words_(words), method_(method) {}
+  TextKind(TextModel& text, const DataStatistics& words, const DerivativeMethodEnum& method, const bool& vector_math)
+      : text_(text), words_(words), method_(method), vector_math_(vector_math) {}
   bool RawValue(std::span<const double> point, const double* parameters, double& y) override {
     return text_.Evaluate(parameters, point, words_, y);
   }
@@ -37,7 +37,7 @@ class TextKind final : public PointModel {
     std::int32_t failed_row = 0;
     bool in_derivatives = false;
     return text_.EvaluateBlockDerivatives(parameters, ia, count, point.data(), static_cast<std::int32_t>(point.size()),
-                                          1, words_, &y, dyda, count + 1, failed_row, in_derivatives);
+                                          1, words_, &y, dyda, count + 1, failed_row, in_derivatives, vector_math_);
   }
 
   // The values of the block first, then the derivatives row by row: for a
@@ -55,14 +55,15 @@ class TextKind final : public PointModel {
       std::int32_t failed_row = 0;
       bool in_derivatives = false;
       if (text_.EvaluateBlockDerivatives(parameters, ia, parameter_count, points.Row(first).data(), points.Width(),
-                                         count, words_, values, derivatives, stride, failed_row, in_derivatives)) {
+                                         count, words_, values, derivatives, stride, failed_row, in_derivatives,
+                                         vector_math_)) {
         return true;
       }
       failure = {first + failed_row, in_derivatives};
       return false;
     }
     std::int32_t done =
-        text_.EvaluateBlock(parameters, points.Row(first).data(), points.Width(), count, words_, values);
+        text_.EvaluateBlock(parameters, points.Row(first).data(), points.Width(), count, words_, values, vector_math_);
     for (std::int32_t r = 0; r < done; ++r) {
       if (!std::isfinite(values[r])) done = r;  // no non-finite model value is handed on
     }
@@ -88,6 +89,7 @@ class TextKind final : public PointModel {
   TextModel& text_;
   const DataStatistics& words_;
   const DerivativeMethodEnum& method_;
+  const bool& vector_math_;
 };
 
 class PredefinedKind final : public PointModel {
@@ -145,8 +147,8 @@ class MultiplePredefinedKind final : public PointModel {
 }  // namespace
 
 std::unique_ptr<PointModel> MakeTextKind(TextModel& text, const DataStatistics& words,
-                                         const DerivativeMethodEnum& method) {
-  return std::make_unique<TextKind>(text, words, method);
+                                         const DerivativeMethodEnum& method, const bool& vector_math) {
+  return std::make_unique<TextKind>(text, words, method, vector_math);
 }
 
 std::unique_ptr<PointModel> MakePredefinedKind(std::int32_t evaluation_code, std::int32_t estimate_term_count) {

@@ -69,21 +69,22 @@ bool TextModel::RunsByBlocks() noexcept {
 }
 
 std::int32_t TextModel::EvaluateBlock(const double* parameters, const double* points, std::int32_t width,
-                                      std::int32_t count, const DataStatistics& words, double* y) noexcept {
+                                      std::int32_t count, const DataStatistics& words, double* y,
+                                      bool vector_math) noexcept {
   (void)RunsByBlocks();
   TextModelState& s = *state_;
-  return EvaluateProgramBlock(s.program, s.plan, s.scratch, parameters, points, width, count, words, y);
+  return EvaluateProgramBlock(s.program, s.plan, s.scratch, parameters, points, width, count, words, y, vector_math);
 }
 
 bool TextModel::EvaluateBlockDerivatives(const double* parameters, const std::int32_t* ia, std::int32_t parameter_count,
                                          const double* points, std::int32_t width, std::int32_t count,
                                          const DataStatistics& words, double* y, double* dyda, std::int32_t stride,
-                                         std::int32_t& failed_row, bool& in_derivatives) noexcept {
+                                         std::int32_t& failed_row, bool& in_derivatives, bool vector_math) noexcept {
   (void)RunsByBlocks();
   TextModelState& s = *state_;
   DerivativeStop stop;
   if (EvaluateProgramDerivatives(s.program, s.plan, s.rules, s.scratch, s.derivative_scratch, parameters, ia,
-                                 parameter_count, points, width, count, words, y, dyda, stride, stop)) {
+                                 parameter_count, points, width, count, words, y, dyda, stride, stop, vector_math)) {
     return true;
   }
   failed_row = stop.row;

@@ -120,5 +120,33 @@ TEST(DerivativeMethod, ModelsWithTheirOwnDerivativesIgnoreIt) {
   }
 }
 
+TEST(VectorMath, IsAGuardedSettingAndFitsAlike) {
+  const std::vector<double> x = Grid(300);
+  const std::vector<double> y = Observations(x);
+  NonlinearRegression scalar, vector;
+  EXPECT_FALSE(vector.VectorMath());
+  vector.SetVectorMath(true);
+  EXPECT_TRUE(vector.VectorMath());
+  vector.Events.IterationComplete = [&](std::int32_t, double, bool&) {
+    EXPECT_TSX_CODE(vector.SetVectorMath(false), 10033);
+  };
+  for (const DerivativeMethodEnum method : {tsxDerivativeNumerical, tsxDerivativeExact}) {
+    for (NonlinearRegression* reg : {&scalar, &vector}) {
+      reg->SetDerivativeMethod(method);
+      reg->DefineUserModel("a*exp(-b*x)+c*sin(d*x)");
+      reg->RegressionParameters()->Item(2)->SetInitialEstimate(0.5);
+      reg->RegressionParameters()->Item(4)->SetInitialEstimate(1.2);
+      reg->Fit(x, y);
+      ASSERT_TRUE(reg->IsSolved()) << reg->LastSolveError();
+    }
+    EXPECT_TRUE(vector.VectorMath());  // definitions leave it
+    const std::vector<double> a = Values(scalar), b = Values(vector);
+    for (std::size_t j = 0; j < a.size(); ++j)
+      EXPECT_NEAR(b[j], a[j], 1e-8 * (std::fabs(a[j]) + 1.0)) << method << " " << j;
+    const std::vector<double> ps = scalar.PredictArray(x), pv = vector.PredictArray(x);
+    for (std::size_t i = 0; i < x.size(); ++i) EXPECT_NEAR(pv[i], ps[i], 1e-9 * (std::fabs(ps[i]) + 1.0));
+  }
+}
+
 }  // namespace
 }  // namespace tessarix

@@ -7,6 +7,7 @@
 
 #include "tessarix/language/internal/evaluator.hpp"
 #include "tessarix/language/internal/evaluator_steps.hpp"
+#include "tessarix/language/internal/vector_math.hpp"
 #include "tessarix/numerics/extrapolated_derivative.hpp"
 #include "tessarix/numerics/power.hpp"
 #include "tessarix/platform/rounding.hpp"
@@ -129,7 +130,7 @@ void WordFactors(const FunctionRow& row, std::int32_t which, const double* const
 
 bool RunDual(const ModelProgram& program, const DerivativePlan& rules, const Dual& d, const double* parameters,
              const std::int32_t* slot, const double* points, std::int32_t width, const DataStatistics& stats,
-             Matrix1& table) {
+             Matrix1& table, bool vector_math) {
   using namespace steps;  // NOLINT(google-build-using-namespace): the shared steps
   std::int32_t depth = 0;
   std::int32_t endif_at[kMaxNesting];
@@ -268,7 +269,34 @@ bool RunDual(const ModelProgram& program, const DerivativePlan& rules, const Dua
       case Instr::Call1: {
         if (top == nullptr) return false;
         const bool depends = d.Depends(sp) != 0;
-        if (depends) Copy(ta, top);
+        if (depends || (vector_math && in.op == Instr::Ln)) Copy(ta, top);
+        if (vector_math && in.op != Instr::Sqrt && in.op != Instr::Call1) {
+          // The vector routines, for the values and the factors alike.
+          const VectorFunction f = in.op == Instr::Exp   ? VectorFunction::Exp
+                                   : in.op == Instr::Ln  ? VectorFunction::Log
+                                   : in.op == Instr::Sin ? VectorFunction::Sin
+                                                         : VectorFunction::Cos;
+          ApplyVector(f, top, kLanes);
+          for (std::int32_t i = 0; i < kLanes; ++i) {
+            if (f == VectorFunction::Log && !(ta[i] > 0.0)) top[i] = kFailed;
+            check[i] += top[i] * 0.0;
+          }
+          if (depends) {
+            if (f == VectorFunction::Exp) Copy(ga, top);
+            if (f == VectorFunction::Log) {
+              for (std::int32_t i = 0; i < kLanes; ++i) ga[i] = 1.0 / ta[i];
+            }
+            if (f == VectorFunction::Sin || f == VectorFunction::Cos) {
+              Copy(ga, ta);
+              ApplyVector(f == VectorFunction::Sin ? VectorFunction::Cos : VectorFunction::Sin, ga, kLanes);
+              if (f == VectorFunction::Cos) {
+                for (std::int32_t i = 0; i < kLanes; ++i) ga[i] = -ga[i];
+              }
+            }
+            Scale(d, sp, ga);
+          }
+          break;
+        }
         switch (in.op) {
           case Instr::Exp:
             Map(top, check, [](double v) { return std::exp(v); });
@@ -509,7 +537,14 @@ bool RunDual(const ModelProgram& program, const DerivativePlan& rules, const Dua
     }
     ++pc;
   }
-  if (sp != 0 || depth != 0) return false;
+  if (sp < 0 || depth != 0) return false;
+  // The records of earlier definitions on the object leave their values
+  // below: the result is the top, as point by point.
+  if (sp > 0) {
+    Copy(d.Value(0), d.Value(sp));
+    d.Depends(0) = d.Depends(sp);
+    for (std::size_t j = 0; d.Depends(0) != 0 && j < d.p; ++j) Copy(d.Partial(0, j), d.Partial(sp, j));
+  }
   double total = 0.0;
   for (std::int32_t i = 0; i < kLanes; ++i) total += check[i];
   if (total != 0.0) return false;
@@ -528,7 +563,7 @@ bool EvaluateProgramDerivatives(const ModelProgram& program, const BlockPlan& pl
                                 EvaluationScratch& scratch, DerivativeScratch& work, const double* parameters,
                                 const std::int32_t* ia, std::int32_t parameter_count, const double* points,
                                 std::int32_t width, std::int32_t count, const DataStatistics& stats, double* y,
-                                double* dyda, std::int32_t stride, DerivativeStop& stop) noexcept {
+                                double* dyda, std::int32_t stride, DerivativeStop& stop, bool vector_math) noexcept {
   if (count <= 0) return true;
   const auto row_of = [&](std::int32_t r) { return points + static_cast<std::ptrdiff_t>(r) * width; };
   const bool runs = plan.usable && width >= program.point_size && width >= 1 &&
@@ -583,7 +618,7 @@ bool EvaluateProgramDerivatives(const ModelProgram& program, const BlockPlan& pl
   }
   // Runs the pass on `n` rows at `block` (padded with copies of the last);
   // false when a value check failed or a derivative is not finite.
-  const auto pass = [&](const double* block, std::int32_t n) {
+  const auto pass = [&](const double* block, std::int32_t n, bool vector) {
     const double* lanes = block;
     if (n < kLanes) {
       for (std::int32_t i = 0; i < kLanes; ++i) {
@@ -595,7 +630,7 @@ bool EvaluateProgramDerivatives(const ModelProgram& program, const BlockPlan& pl
       lanes = padded;
     }
     try {
-      return RunDual(program, rules, d, parameters, slot.data(), lanes, width, stats, work.table);
+      return RunDual(program, rules, d, parameters, slot.data(), lanes, width, stats, work.table, vector);
     } catch (...) {
       return false;
     }
@@ -611,7 +646,7 @@ bool EvaluateProgramDerivatives(const ModelProgram& program, const BlockPlan& pl
   };
   for (std::int32_t first = 0; first < count; first += kLanes) {
     const std::int32_t n = count - first < kLanes ? count - first : kLanes;
-    if (runs && pass(row_of(first), n)) {
+    if (runs && pass(row_of(first), n, vector_math)) {
       for (std::int32_t i = 0; i < n; ++i) store(first + i, i, true);
       for (std::size_t k = 0; k < kSavedRows; ++k) {
         if (plan.saves[k]) scratch.saved[k] = d.saved[k * kRow + static_cast<std::size_t>(n - 1)];
@@ -626,7 +661,7 @@ bool EvaluateProgramDerivatives(const ModelProgram& program, const BlockPlan& pl
         stop = {r, false};
         return false;
       }
-      if (!runs || !pass(row_of(r), 1)) {
+      if (!runs || !pass(row_of(r), 1, false)) {
         stop = {r, true};
         return false;
       }

@@ -45,12 +45,14 @@ struct DerivativeStop {
 // before it are complete, a value failure is the one the evaluator point by
 // point finds (same row, same saved values), and a row whose value succeeds
 // but whose derivatives are not all finite fails in its derivatives. Never
-// throws.
+// throws. `vector_math`: exp, ln, sin and cos of full blocks by the vector
+// routines, as in EvaluateProgramBlock.
 [[nodiscard]] bool EvaluateProgramDerivatives(const ModelProgram& program, const BlockPlan& plan,
                                               const DerivativePlan& rules, EvaluationScratch& scratch,
                                               DerivativeScratch& work, const double* parameters, const std::int32_t* ia,
                                               std::int32_t parameter_count, const double* points, std::int32_t width,
                                               std::int32_t count, const DataStatistics& stats, double* y, double* dyda,
-                                              std::int32_t stride, DerivativeStop& stop) noexcept;
+                                              std::int32_t stride, DerivativeStop& stop,
+                                              bool vector_math = false) noexcept;
 
 }  // namespace tessarix::detail
