@@ -34,7 +34,7 @@ const Data& Observations(std::int64_t n) {
 }
 
 // kind 0: the text with numerical derivatives, 1: the text with exact ones,
-// 2: the pre-defined model.
+// 2: the pre-defined model, 3: exact derivatives and vector math.
 void Fit(benchmark::State& state, int kind, const std::string& text) {
   const Data& data = Observations(state.range(0));
   std::int32_t iterations = 0;
@@ -45,7 +45,8 @@ void Fit(benchmark::State& state, int kind, const std::string& text) {
     } else {
       reg.DefineUserModel(text);
     }
-    if (kind == 1) reg.SetDerivativeMethod(tessarix::tsxDerivativeExact);
+    if (kind == 1 || kind == 3) reg.SetDerivativeMethod(tessarix::tsxDerivativeExact);
+    if (kind == 3) reg.SetVectorMath(true);
     const auto params = reg.RegressionParameters();
     params->Item(1)->SetInitialEstimate(2.0);
     params->Item(2)->SetInitialEstimate(-0.3);
@@ -63,9 +64,11 @@ void Fit(benchmark::State& state, int kind, const std::string& text) {
 void BM_Fit_Text_Numerical(benchmark::State& s) { Fit(s, 0, "a*exp(b*x)"); }
 void BM_Fit_Text_Exact(benchmark::State& s) { Fit(s, 1, "a*exp(b*x)"); }
 void BM_Fit_Predefined36(benchmark::State& s) { Fit(s, 2, ""); }
+void BM_Fit_Text_ExactVector(benchmark::State& s) { Fit(s, 3, "a*exp(b*x)"); }
 BENCHMARK(BM_Fit_Text_Numerical)->Arg(100'000)->Arg(1'000'000)->Unit(benchmark::kMillisecond)->Iterations(1);
 BENCHMARK(BM_Fit_Text_Exact)->Arg(100'000)->Arg(1'000'000)->Unit(benchmark::kMillisecond)->Iterations(3);
 BENCHMARK(BM_Fit_Predefined36)->Arg(100'000)->Arg(1'000'000)->Unit(benchmark::kMillisecond)->Iterations(3);
+BENCHMARK(BM_Fit_Text_ExactVector)->Arg(100'000)->Arg(1'000'000)->Unit(benchmark::kMillisecond)->Iterations(3);
 
 // A richer model: four fitted parameters, a sine and an exponential.
 void BM_Fit_ExpSin_Numerical(benchmark::State& s) { Fit(s, 0, "a*exp(b*x)+c*sin(d*x)"); }

@@ -2,7 +2,8 @@
 // expression evaluator: per point (Evaluate), by blocks (EvaluateBlock), the
 // same expression compiled as C++, and muparser's Eval() called point by
 // point, on the expressions of the language_evaluator benchmark and a
-// Bessel/gamma one (muparser calls the library's routines for those).
+// Bessel/gamma one (muparser calls the library's routines for those); and
+// the blocks with the opt-in vector math (glibc's libmvec).
 #include <benchmark/benchmark.h>
 #include <muParser.h>
 
@@ -74,11 +75,12 @@ void Text(benchmark::State& state, const Expression& e) {
   state.SetItemsProcessed(state.iterations() * kPoints);
 }
 
-void Block(benchmark::State& state, const Expression& e) {
+void Block(benchmark::State& state, const Expression& e, bool vector_math = false) {
   Compiled m(e);
   std::vector<double> out(kPoints);
   for (auto _ : state) {
-    if (m.model.EvaluateBlock(m.parameters.data(), Xs().data(), 1, kPoints, m.stats, out.data()) != kPoints) {
+    if (m.model.EvaluateBlock(m.parameters.data(), Xs().data(), 1, kPoints, m.stats, out.data(), vector_math) !=
+        kPoints) {
       state.SkipWithError("evaluation failed");
       return;
     }
@@ -127,14 +129,16 @@ void Cpp(benchmark::State& state, F f) {
   state.SetItemsProcessed(state.iterations() * kPoints);
 }
 
-#define TSX_SIDE_BY_SIDE(Name, expression, cpp)                               \
-  void BM_##Name##_Text(benchmark::State& s) { Text(s, expression); }         \
-  void BM_##Name##_Block(benchmark::State& s) { Block(s, expression); }       \
-  void BM_##Name##_Cpp(benchmark::State& s) { Cpp(s, cpp); }                  \
-  void BM_##Name##_MuParser(benchmark::State& s) { MuParser(s, expression); } \
-  BENCHMARK(BM_##Name##_Text);                                                \
-  BENCHMARK(BM_##Name##_Block);                                               \
-  BENCHMARK(BM_##Name##_Cpp);                                                 \
+#define TSX_SIDE_BY_SIDE(Name, expression, cpp)                                \
+  void BM_##Name##_Text(benchmark::State& s) { Text(s, expression); }          \
+  void BM_##Name##_Block(benchmark::State& s) { Block(s, expression); }        \
+  void BM_##Name##_Vector(benchmark::State& s) { Block(s, expression, true); } \
+  void BM_##Name##_Cpp(benchmark::State& s) { Cpp(s, cpp); }                   \
+  void BM_##Name##_MuParser(benchmark::State& s) { MuParser(s, expression); }  \
+  BENCHMARK(BM_##Name##_Text);                                                 \
+  BENCHMARK(BM_##Name##_Block);                                                \
+  BENCHMARK(BM_##Name##_Vector);                                               \
+  BENCHMARK(BM_##Name##_Cpp);                                                  \
   BENCHMARK(BM_##Name##_MuParser)
 
 TSX_SIDE_BY_SIDE(Linear, kLinear, [](double x, double a, double b, double, double) { return a * x + b; });
