@@ -175,7 +175,9 @@ class TESSARIX_API RegressionObject {
   // the default by that much per step, amplified by the model's own
   // conditioning, and a fit by correspondingly little. Failures are found as
   // with false: a block in which any step fails is evaluated again point by
-  // point with the scalar routines. Without libmvec (other systems) the
+  // point with the scalar routines (only an exp within those few units of
+  // its overflow threshold may come out finite where the scalar one does
+  // not). Without libmvec (other systems) the
   // setting changes nothing. Fits (values and exact derivatives),
   // predictions and statistics all use it. The setter raises 10033 when
   // locked; the choice survives definitions and ClearFit.
