@@ -369,11 +369,12 @@ TrustRegionOutcome TrustRegionRun::Run(Matrix1& covar) {
       }
       if (!evaluated) {
         // As a trial whose merit grew tenfold or more: the radius shrinks to
-        // a tenth, but no further than the step just tried, and the
-        // Levenberg-Marquardt parameter grows to match, so that the next
-        // step starts from a parameter of the right size for the radius.
+        // a tenth of itself, or to the length of the step just tried when
+        // that is shorter, and the Levenberg-Marquardt parameter grows to
+        // match, so that the next step starts from a parameter of the right
+        // size for the radius (it is only a starting guess, kept finite).
         delta_ = std::min(kFailedStepShrink * delta_, pnorm);
-        par_ = par_ / kFailedStepShrink;
+        par_ = std::min(par_ / kFailedStepShrink, std::numeric_limits<double>::max());
         shrink = kFailedStepShrink;
         ratio = 0.0;
       }
