@@ -5,6 +5,7 @@
 
 #include <cmath>
 
+#include "tessarix/models/internal/flagged_num.hpp"
 #include "tessarix/models/internal/model_row.hpp"
 #include "tessarix/numerics/internal_failure.hpp"
 
@@ -36,6 +37,23 @@ bool PredefinedDerivatives(std::int32_t evaluation_code, const double* a, double
     return false;
   }
   return SucceedsWithoutFault([&] { row->derivatives(*row, a, Num(x), d); });
+}
+
+bool EvaluatePredefinedBlock(std::int32_t evaluation_code, const double* a, const double* x, std::int32_t n, double* y,
+                             double* d, std::int32_t stride) noexcept {
+  const ModelRow* row = RowOfCode(evaluation_code);
+  if (row == nullptr || n < 0) return false;
+  // Steps on operands that are not finite raise no flag: such a block takes
+  // the checked routines.
+  bool finite = true;
+  for (std::int32_t l = 1; l <= row->parameter_count; ++l) finite = finite && std::isfinite(a[l]);
+  for (std::int32_t r = 0; r < n; ++r) finite = finite && std::isfinite(x[r]);
+  if (!finite) return false;
+  // The block is reached through the row's pointer, out of the compiler's
+  // sight, so none of its steps moves across the flag tests.
+  const FlagWatch watch;
+  row->block(*row, a, x, n, y, d, stride);
+  return watch.Clean();
 }
 
 }  // namespace tessarix::detail
