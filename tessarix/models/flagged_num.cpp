@@ -10,8 +10,6 @@
 namespace tessarix::detail {
 
 namespace {
-constexpr int kFailureFlags = FE_OVERFLOW | FE_DIVBYZERO | FE_INVALID;
-
 double Refused() noexcept {
   std::feraiseexcept(FE_INVALID);
   return std::numeric_limits<double>::quiet_NaN();
@@ -33,14 +31,5 @@ double FlaggedPower(double base, double exponent) noexcept {
   if (base < 0.0 && std::trunc(exponent) != exponent) return Refused();
   return std::pow(base, exponent);
 }
-
-FlagWatch::FlagWatch() noexcept : saved_(std::fetestexcept(kFailureFlags)) { std::feclearexcept(kFailureFlags); }
-
-FlagWatch::~FlagWatch() {
-  std::feclearexcept(kFailureFlags);
-  if (saved_ != 0) std::feraiseexcept(saved_);
-}
-
-bool FlagWatch::Clean() const noexcept { return std::fetestexcept(kFailureFlags) == 0; }
 
 }  // namespace tessarix::detail

@@ -22,6 +22,7 @@
 #include "tessarix/numerics/internal_failure.hpp"
 #include "tessarix/numerics/power.hpp"
 #include "tessarix/platform/checked.hpp"
+#include "tessarix/platform/float_flags.hpp"
 
 namespace tessarix::detail {
 namespace {
@@ -409,11 +410,9 @@ bool EvaluateMultiplePredefinedBlock(std::int32_t evaluation_code, const double*
   if (row == nullptr || width < row->variable_count || n < 0) return false;
   // Steps on operands that are not finite raise no flag: such a block takes
   // the checked routines.
-  bool finite = true;
-  for (std::int32_t l = 1; l <= row->parameter_count; ++l) finite = finite && std::isfinite(a[l]);
-  for (std::int32_t r = 0; r < n; ++r) {
-    const double* point = points + static_cast<std::ptrdiff_t>(r) * width;
-    for (std::int32_t k = 0; k < row->variable_count; ++k) finite = finite && std::isfinite(point[k]);
+  bool finite = AllFinite(a + 1, row->parameter_count);
+  for (std::int32_t r = 0; r < n && finite; ++r) {
+    finite = AllFinite(points + static_cast<std::ptrdiff_t>(r) * width, row->variable_count);
   }
   if (!finite) return false;
   const FlagWatch watch;

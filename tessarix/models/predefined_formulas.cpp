@@ -8,6 +8,7 @@
 #include "tessarix/models/internal/flagged_num.hpp"
 #include "tessarix/models/internal/model_row.hpp"
 #include "tessarix/numerics/internal_failure.hpp"
+#include "tessarix/platform/float_flags.hpp"
 
 namespace tessarix::detail {
 namespace {
@@ -43,17 +44,14 @@ bool EvaluatePredefinedBlock(std::int32_t evaluation_code, const double* a, cons
                              double* d, std::int32_t stride) noexcept {
   const ModelRow* row = RowOfCode(evaluation_code);
   if (row == nullptr || n < 0) return false;
-  // Steps on operands that are not finite raise no flag: such a block takes
-  // the checked routines.
-  bool finite = true;
-  for (std::int32_t l = 1; l <= row->parameter_count; ++l) finite = finite && std::isfinite(a[l]);
-  for (std::int32_t r = 0; r < n; ++r) finite = finite && std::isfinite(x[r]);
-  if (!finite) return false;
+  // Steps on operands that are not finite raise no flag: a block with such
+  // a parameter or point takes the checked routines.
+  if (!AllFinite(a + 1, row->parameter_count)) return false;
   // The block is reached through the row's pointer, out of the compiler's
   // sight, so none of its steps moves across the flag tests.
   const FlagWatch watch;
-  row->block(*row, a, x, n, y, d, stride);
-  return watch.Clean();
+  const bool points_finite = row->block(*row, a, x, n, y, d, stride);
+  return points_finite && watch.Clean();
 }
 
 }  // namespace tessarix::detail

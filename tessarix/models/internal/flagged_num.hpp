@@ -63,23 +63,4 @@ inline FlaggedNum Power(FlaggedNum base, FlaggedNum exponent) noexcept {
   return FlaggedPower(base.value(), exponent.value());
 }
 
-// Clears the three flags of a failed step, runs `block`, and tells whether
-// none of them was raised; the flags the caller held before are put back.
-// The block must be a call the compiler cannot see into (a function reached
-// through a pointer or kept out of line), so that none of its arithmetic
-// moves across the flag tests.
-class FlagWatch {
- public:
-  FlagWatch() noexcept;
-  ~FlagWatch();
-  FlagWatch(const FlagWatch&) = delete;
-  FlagWatch& operator=(const FlagWatch&) = delete;
-  // True when no step since the watch began overflowed, divided by zero or
-  // was invalid.
-  [[nodiscard]] bool Clean() const noexcept;
-
- private:
-  int saved_ = 0;
-};
-
 }  // namespace tessarix::detail

@@ -19,6 +19,7 @@
 #include "tessarix/models/internal/flagged_num.hpp"
 #include "tessarix/models/model_catalogue.hpp"
 #include "tessarix/platform/checked.hpp"
+#include "tessarix/platform/float_flags.hpp"
 
 namespace tessarix::detail {
 
@@ -31,8 +32,9 @@ struct ModelRow;
 using ValueFormula = Num (*)(const ModelRow& row, const double* p, Num x);
 using DerivativeFormula = void (*)(const ModelRow& row, const double* p, Num x, double* d);
 // Values and, when d is not null, derivatives of n points x[0..n-1] on
-// FlaggedNum: y[r] and d[r * stride + l]. A failed step leaves its flag set.
-using BlockFormula = void (*)(const ModelRow& row, const double* p, const double* x, std::int32_t n, double* y,
+// FlaggedNum: y[r] and d[r * stride + l]. A failed step leaves its flag set;
+// false when a point is not finite (the steps on it raise nothing).
+using BlockFormula = bool (*)(const ModelRow& row, const double* p, const double* x, std::int32_t n, double* y,
                               double* d, std::int32_t stride);
 
 // The most parameters of a row (the tenth order polynomial).
@@ -156,21 +158,20 @@ void CheckedDerivatives(const ModelRow& row, const double* p, Num x, double* d) 
 // copied first: the outputs cannot alias a local copy, so the compiler may
 // share a step of the value with the same step of the derivatives.
 template <class Formulas>
-[[gnu::noinline]] void FlaggedBlock(const ModelRow& row, const double* p, const double* x, std::int32_t n, double* y,
+[[gnu::noinline]] bool FlaggedBlock(const ModelRow& row, const double* p, const double* x, std::int32_t n, double* y,
                                     double* d, std::int32_t stride) {
   std::array<double, kMostRowParameters + 1> q{};
   for (std::int32_t l = 1; l <= row.parameter_count && l <= kMostRowParameters; ++l) {
     q[static_cast<std::size_t>(l)] = p[l];
   }
-  if (d == nullptr) {
-    for (std::int32_t r = 0; r < n; ++r) y[r] = Formulas::Value(row, q.data(), FlaggedNum(x[r])).value();
-    return;
-  }
+  FiniteTally points;
   for (std::int32_t r = 0; r < n; ++r) {
     const FlaggedNum xr = x[r];
+    points.Add(x[r]);
     y[r] = Formulas::Value(row, q.data(), xr).value();
-    Formulas::Derivatives(row, q.data(), xr, d + static_cast<std::ptrdiff_t>(r) * stride);
+    if (d != nullptr) Formulas::Derivatives(row, q.data(), xr, d + static_cast<std::ptrdiff_t>(r) * stride);
   }
+  return points.AllFinite();
 }
 
 template <class ValueLambda, class DerivativeLambda>
