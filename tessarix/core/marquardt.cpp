@@ -2,8 +2,8 @@
 // equations. The pass is the hot path of a fit: it allocates nothing, and
 // every arithmetic step is checked, so that an overflow ends the run instead
 // of spreading a NaN. A block of rows is first added without a test per step
-// and the floating-point flags looked at once; only a block where a step
-// failed runs through the checked loop, which raises the fault at its step.
+// and the sums looked at once; only a block where a step failed runs through
+// the checked loop, which raises the fault at its step.
 #include "tessarix/core/internal/marquardt.hpp"
 
 #include <algorithm>
@@ -15,7 +15,7 @@
 #include "tessarix/numerics/internal_failure.hpp"
 #include "tessarix/numerics/linear_algebra.hpp"
 #include "tessarix/platform/checked.hpp"
-#include "tessarix/platform/float_flags.hpp"
+#include "tessarix/platform/float_flags.hpp"  // AllFinite
 #include "tessarix/platform/rounding.hpp"
 
 namespace tessarix::detail {
@@ -35,6 +35,11 @@ std::int16_t CountFitted(const std::vector<std::int32_t>& ia, std::int32_t param
   return fitted;
 }
 
+// Shorter blocks (a model evaluated point by point hands over one row at a
+// time) go through the checked loop: the flag tests would cost more than the
+// tests per step they save.
+constexpr std::int32_t kFewestUncheckedRows = 16;
+
 // Where the rows of a block go and what they are added to.
 struct BlockRowsIn {
   const double* y;
@@ -52,10 +57,12 @@ struct BlockRowsIn {
 
 // Adds the rows to `sums` (the triangle row by row, the gradient, the merit)
 // with the steps of the checked loop below in the same order, without a test
-// per step: a failed step leaves its floating-point flag or a sum that is
-// not finite. kFitted > 0 fixes the number of fitted parameters, so that the
-// sums stay in registers; 0 reads it from `in`. Kept out of line, so that its
-// arithmetic does not move across the flag tests around the call.
+// per step. Every step's result is added into a sum, directly or through a
+// product (a value that is not finite times a zero is a NaN), and a sum that
+// has met a value that is not finite stays so: a step that the checked loop
+// refuses leaves a sum that is not finite, and nothing else does. kFitted > 0
+// fixes the number of fitted parameters, so that the sums stay in registers;
+// 0 reads it from `in`.
 template <std::int32_t kFitted>
 [[gnu::noinline]] void AddRowsUnchecked(const BlockRowsIn& in, double* sums) {
   const std::int32_t f = kFitted > 0 ? kFitted : in.fitted_count;
@@ -101,7 +108,8 @@ void AddRowsUnchecked(const BlockRowsIn& in, double* sums) {
 
 // The rows of a block added without a test per step; false, with the normal
 // equations untouched, when a step failed, and the checked loop then adds
-// them again to raise its fault where it arises.
+// them again to raise its fault at its step (the outputs it writes before are
+// those written here).
 bool AddRowsFast(const BlockRowsIn& in, std::vector<double>& sums, Matrix1& matrix, Vector1& gradient, double& chisq) {
   const std::int32_t f = in.fitted_count;
   const auto size = static_cast<std::size_t>(f * (f + 1) / 2 + f + 1);
@@ -112,13 +120,8 @@ bool AddRowsFast(const BlockRowsIn& in, std::vector<double>& sums, Matrix1& matr
   }
   for (std::int32_t j = 1; j <= f; ++j) sums[at++] = gradient[static_cast<std::size_t>(j)];
   sums[at] = chisq;
-  bool clean = false;
-  {
-    const FlagWatch watch;
-    AddRowsUnchecked(in, sums.data());
-    clean = watch.Clean();
-  }
-  if (!clean || !AllFinite(sums.data(), static_cast<long>(size))) return false;
+  AddRowsUnchecked(in, sums.data());
+  if (!AllFinite(sums.data(), static_cast<long>(size))) return false;
   at = 0;
   for (std::int32_t j = 1; j <= f; ++j) {
     for (std::int32_t k = 1; k <= j; ++k) matrix(j, k) = sums[at++];
@@ -168,7 +171,7 @@ void BuildNormalEquations(RegressionCore& core, RunModel& model, std::int32_t n,
                            stride,
                            fitted_parameters.data(),
                            fitted};
-    const bool added = complete > 0 && AddRowsFast(rows, state.block_sums, matrix, gradient, chisq);
+    const bool added = complete >= kFewestUncheckedRows && AddRowsFast(rows, state.block_sums, matrix, gradient, chisq);
     for (std::int32_t r = 0; r < complete && !added; ++r) {
       const auto ui = static_cast<std::size_t>(first + r);
       const double y_model = state.block_values[static_cast<std::size_t>(r)];

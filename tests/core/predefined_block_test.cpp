@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "tessarix/core/internal/model_kinds.hpp"
+#include "tessarix/core/nonlinear_regression.hpp"
 #include "tessarix/models/model_catalogue.hpp"
 #include "tessarix/models/multiple_catalogue.hpp"
 #include "tessarix/models/predefined_formulas.hpp"
@@ -225,3 +226,69 @@ TEST(PredefinedBlock, CleanBlocksNeedNoReplayAndTheCallersFlagsStay) {
 
 }  // namespace
 }  // namespace tessarix::detail
+
+namespace tessarix {
+namespace {
+
+// a*exp(b*x) two ways: the pre-defined model (blocks of rows, summed without
+// a test per step), and the same arithmetic from the host's per-point events
+// (one row at a time, through the checked sums). Fits agree to the bit, and a
+// merit that overflows ends both runs alike.
+struct ExpFit {
+  bool solved = false;
+  std::vector<double> values;
+  double sse = 0.0;
+  std::string error, log_tail;
+  bool operator==(const ExpFit&) const = default;
+};
+
+ExpFit FitExponential(bool predefined, const std::vector<double>& x, const std::vector<double>& y, double b) {
+  NonlinearRegression r;
+  if (predefined) {
+    r.DefineInternalModel(36);
+  } else {
+    r.Events.EvaluateExternal = [](std::vector<double>& p, double xv, double& v, bool& ok) {
+      v = p[0] * std::exp(p[1] * xv);
+      ok = true;
+    };
+    r.Events.DerivativeExternal = [](std::vector<double>& p, double xv, std::vector<double>& d, bool& ok) {
+      const double e = std::exp(p[1] * xv);
+      d[0] = e;
+      d[1] = p[0] * xv * e;
+      ok = true;
+    };
+    r.DefineExternalModel(std::vector<std::string>{"a", "b"}, true);
+  }
+  r.RegressionParameters()->Item(1)->SetInitialEstimate(1.0);
+  r.RegressionParameters()->Item(2)->SetInitialEstimate(b);
+  r.Fit(x, y);
+  ExpFit fit;
+  fit.solved = r.IsSolved();
+  if (fit.solved) {
+    for (const auto& p : *r.RegressionParameters()) fit.values.push_back(p->Value());
+    fit.sse = r.SSE();
+  }
+  fit.error = r.LastSolveError();
+  const std::string& log = r.SolutionLog();
+  fit.log_tail = log.substr(std::min(log.size(), log.find("Beginning non-linear iterations")));
+  return fit;
+}
+
+TEST(PredefinedBlock, SumsWithoutTestsFitAndFailAsTheCheckedSums) {
+  std::vector<double> x(1000), y(1000);
+  for (std::size_t i = 0; i < x.size(); ++i) {
+    x[i] = 0.7 * static_cast<double>(i);
+    y[i] = 3.0 * std::exp(-0.01 * x[i]) + 0.05 * std::sin(7.0 * static_cast<double>(i));
+  }
+  const ExpFit good = FitExponential(true, x, y, -0.005);
+  EXPECT_TRUE(good.solved) << good.log_tail;
+  EXPECT_EQ(good, FitExponential(false, x, y, -0.005));
+  // exp(700) is finite, its square in the merit is not.
+  const ExpFit overflow = FitExponential(true, x, y, 1.0);
+  EXPECT_FALSE(overflow.solved);
+  EXPECT_NE(overflow.log_tail.find("Solution failed"), std::string::npos) << overflow.log_tail;
+  EXPECT_EQ(overflow, FitExponential(false, x, y, 1.0));
+}
+
+}  // namespace
+}  // namespace tessarix
