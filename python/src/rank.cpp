@@ -35,6 +35,7 @@ struct Settings {
   std::span<const double> y, sd;
   std::optional<std::int32_t> max_iterations;
   std::optional<double> tolerance;
+  bool trust_region = false;
 };
 
 // A failure of one model is a line of the table, never an exception.
@@ -46,6 +47,7 @@ Entry FitOne(Regression& regression, const PredefinedModelInfo& model, const Poi
     regression.DefineInternalModel(model.ID);
     if (s.max_iterations) regression.SetMaxIterations(*s.max_iterations);
     if (s.tolerance) regression.SetRegressionTolerance(*s.tolerance);
+    if (s.trust_region) regression.SetSolverMethod(tsxSolverTrustRegion);
     if (s.sd.empty()) {
       regression.Fit(x, s.y);
     } else {
@@ -115,7 +117,7 @@ std::vector<const PredefinedModelInfo*> CatalogueFor(std::int32_t variables) {
 }
 
 py::list Rank(py::handle x, py::handle y, py::handle sd, std::optional<std::int32_t> threads,
-              std::optional<std::int32_t> max_iterations, std::optional<double> tolerance) {
+              std::optional<std::int32_t> max_iterations, std::optional<double> tolerance, bool trust_region) {
   const DoubleArray xa = AsDoubles(x, "x");
   if (xa.ndim() != 1 && xa.ndim() != 2) throw py::value_error("x must have 1 or 2 dimensions");
   const DoubleArray ya = AsDoubles(y, "y", 1);
@@ -124,7 +126,8 @@ py::list Rank(py::handle x, py::handle y, py::handle sd, std::optional<std::int3
   CheckedCount(xa.size(), "x");
   CheckedCount(ya.size(), "y");
   if (threads && *threads < 1) throw py::value_error("threads must be at least 1");
-  const Settings settings{Span(ya), sda ? Span(*sda) : std::span<const double>(), max_iterations, tolerance};
+  const Settings settings{Span(ya), sda ? Span(*sda) : std::span<const double>(), max_iterations, tolerance,
+                          trust_region};
   const unsigned count = threads ? static_cast<unsigned>(*threads) : std::max(1u, std::thread::hardware_concurrency());
   const std::int32_t variables = xa.ndim() == 1 ? 1 : CheckedCount(xa.shape(1), "x");
   const std::vector<const PredefinedModelInfo*> models = CatalogueFor(variables);
@@ -171,7 +174,7 @@ py::list Models(std::int32_t variables) {
 }  // namespace
 void RegisterRank(py::module_& m) {
   m.def("_rank", &Rank, py::arg("x"), py::arg("y"), py::arg("sd") = py::none(), py::arg("threads") = py::none(),
-        py::arg("max_iterations") = py::none(), py::arg("tolerance") = py::none());
+        py::arg("max_iterations") = py::none(), py::arg("tolerance") = py::none(), py::arg("trust_region") = false);
   m.def("_models", &Models, py::arg("variables") = 1);
 }
 

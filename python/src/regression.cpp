@@ -219,6 +219,7 @@ py::dict Regression::Snapshot() {
   out["solved"] = solved;
   out["message"] = Text(reg.LastSolveError());
   out["log"] = Text(reg.SolutionLog());
+  out["method"] = reg.SolverMethod() == tsxSolverTrustRegion ? "trust-region" : "marquardt";
   const auto parameters = reg.RegressionParameters();
   const std::int32_t count = parameters->Count();
   py::list names;
@@ -378,6 +379,7 @@ void RegisterRegression(py::module_& m) {
       .def("set_max_unchanged_iterations", &Regression::SetMaxUnchangedIterations, py::arg("value"))
       .def("set_tolerance", &Regression::SetTolerance, py::arg("value"))
       .def("set_threads", &Regression::SetThreads, py::arg("value"))
+      .def("set_trust_region", &Regression::SetTrustRegion, py::arg("on"))
       .def("fit", &Regression::Fit, py::arg("x"), py::arg("y"), py::arg("sd"), py::arg("release") = true)
       .def("require_solved", &Regression::RequireSolved)
       .def("snapshot", &Regression::Snapshot)

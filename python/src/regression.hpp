@@ -43,6 +43,7 @@ class Regression {
   void SetMaxUnchangedIterations(std::int32_t value) { Object().SetMaxUnchangedIterations(value); }
   void SetTolerance(double value) { Object().SetRegressionTolerance(value); }
   void SetThreads(std::int32_t value) { Object().SetThreads(value); }
+  void SetTrustRegion(bool on) { Object().SetSolverMethod(on ? tsxSolverTrustRegion : tsxSolverMarquardt); }
 
   // Fits y (and sd, when not None) against x. With `release` the lock is
   // let go for the run and taken back by the callbacks of a Python model.

@@ -24,8 +24,17 @@ from ._tessarix import Error, ErrorCode, __version__, _models, _rank
 
 __all__ = ["fit", "rank", "models", "FitResult", "Parameter", "Error", "ErrorCode", "__version__"]
 
-# The solver methods this build offers (the Marquardt iteration of the library).
-_METHODS = ("marquardt",)
+# The solver methods: the library's classic Marquardt iteration (its default)
+# and its trust-region Levenberg-Marquardt method.
+_METHODS = ("marquardt", "trust-region")
+
+
+def _trust_region(method: Optional[str]) -> bool:
+    if method is None:
+        return False
+    if not isinstance(method, str) or method.lower() not in _METHODS:
+        raise ValueError(f"unknown method {method!r}; the methods are {', '.join(_METHODS)}")
+    return method.lower() == "trust-region"
 
 
 def _as_array(value: Any, name: str) -> np.ndarray:
@@ -107,11 +116,14 @@ def fit(x: Any, y: Any, model: Union[str, Callable[..., Any], None] = None, *,
         estimates off.
     fixed: parameters held constant: names (held at their estimates) or a
         dict name -> value.
-    method: the solver; None or "marquardt" (the only method of this build;
-        ValueError for another).
+    method: the solver: None or "marquardt" for the library's classic
+        Marquardt iteration (the default), "trust-region" for its
+        trust-region Levenberg-Marquardt method, which ends at the best point
+        found; ValueError for another.
     max_iterations, tolerance: the iteration limit (default 250) and the
-        convergence tolerance, a percentage change of the merit function
-        (default 1e-10).
+        convergence tolerance in percent (default 1e-10): the change of the
+        merit function for "marquardt", the relative change of the
+        parameters for "trust-region".
     derivatives: for a callable model, a callable with the same arguments
         returning an array of shape (points, parameters). Without it the
         derivatives are central differences over the whole block.
@@ -123,9 +135,7 @@ def fit(x: Any, y: Any, model: Union[str, Callable[..., Any], None] = None, *,
     text, bad data, bad settings) raise tessarix.Error; an exception raised by
     a callable model stops the fit and is raised as it is.
     """
-    if method is not None:
-        if not isinstance(method, str) or method.lower() not in _METHODS:
-            raise ValueError(f"unknown method {method!r}; this build offers {', '.join(_METHODS)}")
+    trust_region = _trust_region(method)
     spec = ModelSpec.from_arguments(model, model_id, derivatives, parameters)
     xa = _as_array(x, "x")
     ya = _as_array(y, "y")
@@ -139,6 +149,8 @@ def fit(x: Any, y: Any, model: Union[str, Callable[..., Any], None] = None, *,
         reg.set_tolerance(float(tolerance))
     if threads is not None:
         reg.set_threads(int(threads))
+    if trust_region:
+        reg.set_trust_region(True)
     reg.fit(xa, ya, sda)
     return FitResult(spec, variables, xa, ya, sda, reg.snapshot(), reg)
 
@@ -160,19 +172,21 @@ def models(word: Optional[str] = None, *, variables: int = 1) -> List[Dict[str, 
 
 
 def rank(x: Any, y: Any, *, sd: Any = None, top: Optional[int] = None, threads: Optional[int] = None,
-         max_iterations: Optional[int] = None, tolerance: Optional[float] = None, as_frame: bool = False) -> Any:
+         max_iterations: Optional[int] = None, tolerance: Optional[float] = None, method: Optional[str] = None,
+         as_frame: bool = False) -> Any:
     """Fits every pre-defined model to (x, y), on `threads` threads (default:
     every core) without the interpreter lock, and returns them best first
     (for 2-D x of m columns: the models of m variables, see models()):
     the solved models by adjusted R2 (ties by standard error), then the
     failures. Each row is a dict: rank, model_id, definition, description,
     solved, r2_adjusted, standard_error, sse (None for a failure) and failure
-    (the reason, "" when solved). `top` keeps the first rows; `as_frame`
+    (the reason, "" when solved). `method` as for fit(). `top` keeps the first rows; `as_frame`
     returns a pandas DataFrame instead of a list."""
     xa = _as_array(x, "x")
     ya = _as_array(y, "y")
     sda = None if sd is None else _as_array(sd, "sd")
-    rows = _rank(xa, ya, sda, threads, max_iterations, tolerance)
+    trust_region = _trust_region(method)
+    rows = _rank(xa, ya, sda, threads, max_iterations, tolerance, trust_region)
     for i, row in enumerate(rows):
         row["rank"] = i + 1 if row["solved"] else None
     if top is not None:

@@ -146,6 +146,11 @@ class FitResult:
         return bool(self._data["solved"])
 
     @property
+    def method(self) -> str:
+        """The solver that ran: "marquardt" or "trust-region"."""
+        return str(self._data.get("method", "marquardt"))
+
+    @property
     def message(self) -> str:
         """Why the fit failed; "No errors" for a solved fit."""
         return str(self._data["message"])

@@ -78,6 +78,8 @@ def test_python_layer_mistakes():
     with pytest.raises(ValueError, match="unknown method"):
         tessarix.fit(X, Y, "a*x", method="dogleg")
     assert tessarix.fit(X, Y, "a*exp(-b*x)+c", method="Marquardt").solved
+    with pytest.raises(ValueError, match="unknown method"):
+        tessarix.rank(X, Y, method="dogleg")
 
 
 def test_type_stubs_follow_the_module():

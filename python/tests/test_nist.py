@@ -20,13 +20,15 @@ def digits(result, problem):
 
 @pytest.mark.parametrize("name, model", [("Misra1a", MISRA1A), ("Thurber", THURBER)])
 @pytest.mark.parametrize("start", [0, 1])
-def test_text_models_reach_the_certified_values(name, model, start):
+@pytest.mark.parametrize("method", [None, "trust-region"])
+def test_text_models_reach_the_certified_values(name, model, start, method):
     problem = NistProblem(name)
     x, y = read_csv(name.lower() + ".csv")
     # The example files hold NIST's numbers exactly.
     assert np.array_equal(x, problem.x) and np.array_equal(y, problem.y)
-    r = tessarix.fit(x, y, model, estimates=problem.starts[start], max_iterations=1000)
+    r = tessarix.fit(x, y, model, estimates=problem.starts[start], max_iterations=1000, method=method)
     assert r.solved, r.message
+    assert r.method == (method or "marquardt")
     values, errors, rss = digits(r, problem)
     assert values >= 6 and errors >= 5 and rss >= 9, (values, errors, rss)
     assert r.names == tuple(f"b{i + 1}" for i in range(len(problem.certified)))

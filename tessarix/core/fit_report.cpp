@@ -316,7 +316,8 @@ std::string RegressionObject::Report(double Percent) const {
   std::string out = ModelLines(*this, *engine_);
   out +=
       Item("Observations", std::to_string(NumObservations()) + (IsWeighted() ? ", weighted" : ", unweighted"), kWidth);
-  out += Item("Method", SolverMethod() == tsxSolverMarquardt ? "Marquardt" : "trust-region Levenberg-Marquardt", kWidth);
+  out +=
+      Item("Method", SolverMethod() == tsxSolverMarquardt ? "Marquardt" : "trust-region Levenberg-Marquardt", kWidth);
   out += Item("Convergence", EndingOfLog(SolutionLog()), kWidth);
   out += Item("Iterations", std::to_string(NumIterations()), kWidth);
   out += '\n' + Parameters(*this, Percent);

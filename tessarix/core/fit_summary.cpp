@@ -29,9 +29,9 @@ struct Likelihood {
 Likelihood LikelihoodOf(const detail::RegressionEngine& e) {
   const detail::RegressionCore& core = e.core;
   const Num n = static_cast<double>(core.num_observations);
-  // The run's own count of fitted parameters; SSENorm 0 (a perfect fit) makes
-  // the logarithm fail, and with it the criterion.
-  const Num k = static_cast<double>(core.marquardt.fitted_count) + 1.0;
+  // The run's own count of fitted parameters, whichever method ran; SSENorm 0
+  // (a perfect fit) makes the logarithm fail, and with it the criterion.
+  const Num k = static_cast<double>(core.statistics.fitted_count) + 1.0;
   const Num minus_two_log_l = n * (log(Num(2.0 * kPi)) + log(Num(core.statistics.sse_norm) / n) + 1.0);
   return {minus_two_log_l, k, n};
 }

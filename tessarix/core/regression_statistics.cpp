@@ -77,6 +77,7 @@ bool CalculateStatistics(RegressionCore& core, RunModel& model, std::int32_t n, 
     s.sse = sse.value();
     s.sse_norm = sse_norm.value();
     s.sst = sst.value();
+    s.fitted_count = fitted_count;
     s.dof_regression = dof_regression;
     s.dof_error = dof_error;
     s.dof_total = dof_total;

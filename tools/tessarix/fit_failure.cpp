@@ -173,6 +173,7 @@ FailureSummary SummariseFailure(const RegressionObject& regression, const Iterat
   const std::string log = regression.SolutionLog();
   const std::vector<std::string> lines = LogLines(log);
   s.ending = EndingLines(log);
+  s.method = MethodName(regression);
   s.iterations = trace.iterations;
   s.max_iterations = regression.MaxIterations();
   s.start_sse = trace.first_sse;

@@ -26,7 +26,7 @@ struct IterationTrace {
 
 struct FailureSummary {
   std::string reason;  // LastSolveError on one line
-  std::string method;  // the solver, where the library tells it
+  std::string method;  // the solver that ran
   std::string ending;  // the log's lines on how the iterations ended
   std::int32_t iterations = 0;
   std::int32_t max_iterations = 0;

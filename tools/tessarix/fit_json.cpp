@@ -177,6 +177,7 @@ std::string SolvedFitJson(const RegressionObject& regression, const ReportHeadin
   Heading(json, heading, level);
   json.Key("solved").Bool(true);
   json.Key("convergence").BeginObject();
+  json.Key("method").String(MethodName(regression));
   json.Key("ending").String(EndingLines(regression.SolutionLog()));
   json.Key("iterations").Integer(regression.NumIterations());
   json.Key("unchanged_iterations").Integer(regression.NumUnchangedIterations());
@@ -196,12 +197,7 @@ std::string FailedFitJson(const FailureSummary& failure, const ReportHeading& he
   json.Key("solved").Bool(false);
   json.Key("failure").BeginObject();
   json.Key("reason").String(failure.reason);
-  json.Key("method");
-  if (failure.method.empty()) {
-    json.Null();
-  } else {
-    json.String(failure.method);
-  }
+  json.Key("method").String(failure.method);
   json.Key("ending").String(failure.ending);
   json.Key("iterations").Integer(failure.iterations);
   json.Key("max_iterations").Integer(failure.max_iterations);

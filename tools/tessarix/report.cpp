@@ -81,6 +81,10 @@ std::string EndingLines(const std::string& solution_log) {
   return joined;
 }
 
+std::string MethodName(const RegressionObject& regression) {
+  return regression.SolverMethod() == tsxSolverMarquardt ? "Marquardt" : "trust-region Levenberg-Marquardt";
+}
+
 std::string FitReport(const RegressionObject& regression, const ReportHeading& heading, double level) {
   return HeadingText(heading, regression.IsWeighted()) + PrintableLines(regression.Report(level));
 }

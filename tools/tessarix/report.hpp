@@ -30,6 +30,10 @@ std::string FitReport(const RegressionObject& regression, const ReportHeading& h
 // "; " (empty if the log has none).
 std::string EndingLines(const std::string& solution_log);
 
+// The name of the iteration `regression` ran, as the library's report gives it
+// ("trust-region Levenberg-Marquardt" or "Marquardt").
+std::string MethodName(const RegressionObject& regression);
+
 // `text` with every line made printable (CleanText), line ends kept.
 std::string PrintableLines(const std::string& text);
 

@@ -38,6 +38,7 @@ struct RegressionStatistics {
   double standard_error = 0.0;
   double durbin_watson = 0.0;
   double prob_f = 0.0;
+  std::int32_t fitted_count = 0;  // parameters the run fitted (not fixed)
   std::int32_t dof_regression = 0;
   std::int32_t dof_error = 0;
   std::int32_t dof_total = 0;
