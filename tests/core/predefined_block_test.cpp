@@ -195,7 +195,7 @@ TEST(PredefinedBlock, EveryModelOfSeveralVariablesGivesTheBitsAndTheFailureOfThe
 // fell back would be correct and slow), and leaves the caller's flags as they
 // were, whatever happened inside.
 TEST(PredefinedBlock, CleanBlocksNeedNoReplayAndTheCallersFlagsStay) {
-  std::vector<double> x(300), y(300), d(300 * 12);
+  std::vector<double> x(300), y(300), d(std::size_t{300} * 12);
   for (std::size_t i = 0; i < x.size(); ++i) x[i] = 0.3 + 0.004 * static_cast<double>(i);
   const std::array<double, 12> a = {0.0, 0.9, 0.1, 0.2, 0.3, 0.4, 0.5, 0.6, 0.7, 0.8, 0.9, 1.0};
   int clean = 0, models = 0;
