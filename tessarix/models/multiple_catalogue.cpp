@@ -415,6 +415,7 @@ bool EvaluateMultiplePredefinedBlock(std::int32_t evaluation_code, const double*
     finite = AllFinite(points + static_cast<std::ptrdiff_t>(r) * width, row->variable_count);
   }
   if (!finite) return false;
+  if (!FlagsCanBeWatched()) return false;
   const FlagWatch watch;
   FlaggedRowBlock(*row, a, points, width, n, y, d, stride);
   return watch.Clean();

@@ -49,6 +49,7 @@ bool EvaluatePredefinedBlock(std::int32_t evaluation_code, const double* a, cons
   if (!AllFinite(a + 1, row->parameter_count)) return false;
   // The block is reached through the row's pointer, out of the compiler's
   // sight, so none of its steps moves across the flag tests.
+  if (!FlagsCanBeWatched()) return false;
   const FlagWatch watch;
   const bool points_finite = row->block(*row, a, x, n, y, d, stride);
   return points_finite && watch.Clean();

@@ -19,6 +19,14 @@ FlagWatch::~FlagWatch() {
   }
 }
 
+bool FlagsCanBeWatched() noexcept {
+#if defined(__GLIBC__)
+  return (fegetexcept() & kFailureFlags) == 0;
+#else
+  return true;
+#endif
+}
+
 bool FlagWatch::Clean() const noexcept { return std::fetestexcept(kFailureFlags) == 0; }
 
 bool AllFinite(const double* values, long n) noexcept {

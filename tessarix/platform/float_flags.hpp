@@ -26,6 +26,11 @@ class FlagWatch {
   int saved_ = 0;
 };
 
+// False when the thread runs with one of the three exceptions unmasked (a
+// host that traps them): an unchecked step would then trap where the checked
+// one tests its operands first, so the checked way must be taken.
+[[nodiscard]] bool FlagsCanBeWatched() noexcept;
+
 // Whether every value handed to Add was finite, told from the exponent bits:
 // no branch, and no flag raised (a comparison with a NaN would raise one).
 class FiniteTally {

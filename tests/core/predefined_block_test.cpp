@@ -222,6 +222,20 @@ TEST(PredefinedBlock, CleanBlocksNeedNoReplayAndTheCallersFlagsStay) {
   EXPECT_FALSE(EvaluatePredefinedBlock(FindInternalModel(17)->evaluation_code, a.data(), x.data(), 300, y.data(),
                                        d.data(), 12));  // a+b/x+c/x^2 at x = 0
   EXPECT_FALSE(std::fetestexcept(FE_OVERFLOW | FE_DIVBYZERO | FE_INVALID));
+
+  // A host that traps the exceptions gets the checked way, which tests before
+  // it divides: the failure, not a trap.
+  const std::unique_ptr<PointModel> kind = MakePredefinedKind(FindInternalModel(16)->evaluation_code, 2);
+  PointTable points;
+  points.Allocate(300, 1);
+  for (std::int32_t r = 1; r <= 300; ++r) points.At(r, 1) = x[static_cast<std::size_t>(r - 1)];
+  std::vector<double> parameters(a.begin(), a.end());
+  RowFailure failure;
+  feenableexcept(FE_OVERFLOW | FE_DIVBYZERO | FE_INVALID);
+  const bool ok = kind->EvaluateRows(points, 1, 256, parameters.data(), nullptr, 2, y.data(), d.data(), 12, failure);
+  fedisableexcept(FE_OVERFLOW | FE_DIVBYZERO | FE_INVALID);
+  EXPECT_FALSE(ok);
+  EXPECT_EQ(failure.row, 151);
 }
 
 }  // namespace
