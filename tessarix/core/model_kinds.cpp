@@ -15,6 +15,9 @@ namespace {
 
 // Rows of a block of a text model that runs by blocks.
 constexpr std::int32_t kTextBlockRows = 256;
+// Rows of a block of a pre-defined model: a block's values and derivatives
+// stay in the first-level cache for the pass that sums them.
+constexpr std::int32_t kPredefinedBlockRows = 256;
 
 class TextKind final : public PointModel {
  public:
@@ -104,6 +107,22 @@ class PredefinedKind final : public PointModel {
                    std::int32_t /*count*/, double* dyda) override {
     return PredefinedDerivatives(code_, parameters, point[0], dyda);
   }
+
+  // The block without a test per step; a block in which a step failed is
+  // evaluated again row by row, so the failure is found at the row and in
+  // the part (value or derivatives) where a pass row by row finds it.
+  std::int32_t BlockRows() const override { return kPredefinedBlockRows; }
+  bool EvaluateRows(const PointTable& points, std::int32_t first, std::int32_t count, double* parameters,
+                    const std::int32_t* ia, std::int32_t parameter_count, double* values, double* derivatives,
+                    std::int32_t stride, RowFailure& failure) override {
+    if (EvaluatePredefinedBlock(code_, parameters, points.Row(first).data(), count, values,
+                                ia != nullptr ? derivatives : nullptr, stride)) {
+      return true;
+    }
+    return PointModel::EvaluateRows(points, first, count, parameters, ia, parameter_count, values, derivatives, stride,
+                                    failure);
+  }
+
   std::unique_ptr<PointModel> ThreadCopy() const override { return std::make_unique<PredefinedKind>(code_, terms_); }
   bool HasLeastSquaresEstimates() const override { return true; }
   bool ObtainLeastSquaresEstimates(const PointTable& points, const Vector1& y, const Vector1& weights, std::int32_t n,
@@ -128,6 +147,18 @@ class MultiplePredefinedKind final : public PointModel {
   bool Derivatives(std::span<const double> point, double* parameters, const std::int32_t* /*ia*/,
                    std::int32_t /*count*/, double* dyda) override {
     return MultiplePredefinedDerivatives(code_, parameters, point, dyda);
+  }
+  // As the one-variable kind's.
+  std::int32_t BlockRows() const override { return kPredefinedBlockRows; }
+  bool EvaluateRows(const PointTable& points, std::int32_t first, std::int32_t count, double* parameters,
+                    const std::int32_t* ia, std::int32_t parameter_count, double* values, double* derivatives,
+                    std::int32_t stride, RowFailure& failure) override {
+    if (EvaluateMultiplePredefinedBlock(code_, parameters, points.Row(first).data(), points.Width(), count, values,
+                                        ia != nullptr ? derivatives : nullptr, stride)) {
+      return true;
+    }
+    return PointModel::EvaluateRows(points, first, count, parameters, ia, parameter_count, values, derivatives, stride,
+                                    failure);
   }
   std::unique_ptr<PointModel> ThreadCopy() const override {
     return std::make_unique<MultiplePredefinedKind>(code_, terms_);

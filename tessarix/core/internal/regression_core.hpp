@@ -60,6 +60,10 @@ struct MarquardtState {
   std::vector<double> block_values;
   std::vector<double> block_derivatives;
   std::int32_t block_stride = 0;
+  // The sums of the normal equations while a block is added without a test
+  // per step: the lower triangle row by row, the gradient, the merit. Grows
+  // on the first pass of a run and no more.
+  std::vector<double> block_sums;
 };
 
 // The run's view of a regression class's model.
