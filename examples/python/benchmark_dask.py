@@ -71,18 +71,18 @@ def main() -> None:
 
     print(f"{args.groups} groups of {args.points} points, model a*exp(-b*x)+c, starting values 1, 1, 1; "
           f"{os.cpu_count()} cores\n")
-    print(f"{'engine':<26}{'CPU time per fit (one process, no Dask)':>40}")
+    print(f"{'engine':<42}{'CPU time per fit (one process, no Dask)':>40}")
     for name, fit in engines:
         per_fit = cpu_per_fit(table, fit, min(args.groups, 1000))
-        print(f"{name:<26}{per_fit * 1e6:>28.0f} us ({1 / per_fit:.0f} fits per CPU second)", flush=True)
+        print(f"{name:<42}{per_fit * 1e6:>28.0f} us ({1 / per_fit:.0f} fits per CPU second)", flush=True)
     print()
-    print(f"{'engine':<26}{'layout':<22}{'seconds':>9}{'fits/s':>9}{'solved':>8}")
+    print(f"{'engine':<42}{'layout':<22}{'seconds':>9}{'fits/s':>9}{'solved':>8}")
     solved = {}
     for name, fit in engines:
         for layout, workers, threads in layouts:
             elapsed, results = measure(table, args.partitions, fit, workers, threads)
             solved[name] = results
-            print(f"{name:<26}{layout:<22}{elapsed:>9.2f}{args.groups / elapsed:>9.0f}"
+            print(f"{name:<42}{layout:<22}{elapsed:>9.2f}{args.groups / elapsed:>9.0f}"
                   f"{int(results['solved'].sum()):>8}", flush=True)
 
     # Where both engines solved a group, do they agree? A different minimum
