@@ -364,15 +364,17 @@ void Queries(NonlinearRegression& reg, Bytes& in) {
   }
 }
 
-// The result file of a regression or a spline, in a version chosen by the
-// input (two good, two not) and now and then to a folder, which cannot be
+// The result file of a regression or a spline, in a version picked by
+// `choice` (two good, two not) and now and then to a folder, which cannot be
 // written: it is written whole or not at all, the file there before staying
-// as it was.
+// as it was. `choice` comes from what the input chose already, so that the
+// bytes keep the meaning they had before the result file was fuzzed (and the
+// inputs of past findings still replay what they found).
 template <class Object>
-void SaveResultFile(Object& object, Bytes& in, std::initializer_list<ErrorCode> allowed) {
+void SaveResultFile(Object& object, std::uint32_t choice, std::initializer_list<ErrorCode> allowed) {
   static constexpr std::int32_t kVersions[][2] = {{8, 0}, {7, 1}, {8, 1}, {6, 0}};
-  const auto& version = kVersions[in.Below(4)];
-  const bool to_folder = in.Below(8) == 0;
+  const auto& version = kVersions[choice % 4];
+  const bool to_folder = (choice / 4) % 8 == 7;
   const std::string path = PrivateDir() + "/result.tsf";
   const std::string before = "an earlier file";
   WriteFile(path, before);
@@ -415,7 +417,7 @@ void FitSpline(std::uint32_t form, const std::vector<double>& x, const std::vect
   }
   const std::initializer_list<ErrorCode> save_errors = {ErrorCode::ModelNotSolved, ErrorCode::UnsupportedTessaraVersion,
                                                         ErrorCode::FileWriteError};
-  SaveResultFile(spline, in, save_errors);
+  SaveResultFile(spline, static_cast<std::uint32_t>(x.size() + y.size()), save_errors);
   if (error != 0 || !spline.IsSolved()) {
     TSX_FUZZ_CHECK(!spline.IsSolved(), "a spline fit that raised left the spline solved");
     TSX_FUZZ_CHECK(spline.ResultTables()->Count() == 0, "a failed spline fit left a result table");
@@ -424,16 +426,26 @@ void FitSpline(std::uint32_t form, const std::vector<double>& x, const std::vect
   for (const auto& column : *spline.ResultTables()) RequireAllFinite(column->ExportToArray(), "spline table");
   const std::int32_t intervals = spline.NumIntervals();
   TSX_FUZZ_CHECK(intervals >= 2, "a solved spline of fewer than three knots");
+  // The end knots, from the end cubics; a cubic whose coefficients overflow
+  // raises 10001 and gives none.
   double first = 0.0, last = 0.0;
+  bool have_first = false, have_last = false;
   for (std::int32_t i = 1; i <= intervals; ++i) {
     AttemptExpecting("GetCubicByInterval", {ErrorCode::GeneralError}, [&] {
       const CubicInformation cubic = spline.GetCubicByInterval(i);
       for (double c : {cubic.a(), cubic.b(), cubic.c(), cubic.d()}) RequireFinite(c, "spline coefficient");
       TSX_FUZZ_CHECK(cubic.LowerBound() < cubic.UpperBound() && cubic.Interval() == i, "a cubic's interval");
-      if (i == 1) first = cubic.LowerBound();
-      if (i == intervals) last = cubic.UpperBound();
+      if (i == 1) {
+        first = cubic.LowerBound();
+        have_first = true;
+      }
+      if (i == intervals) {
+        last = cubic.UpperBound();
+        have_last = true;
+      }
     });
   }
+  if (!have_first || !have_last) return;
   RequireFinite(first, "first knot");
   RequireFinite(last, "last knot");
   // Points inside the knots, chosen by the input.
@@ -568,7 +580,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   FitSpline(form, x, y, vx, vy, collection, in);
 
   // The result file: a failed fit writes the model without a solution.
-  SaveResultFile(reg, in,
+  SaveResultFile(reg, form + n + ny + nsd,
                  {ErrorCode::ModelNotDefined, ErrorCode::NotValidForExternalModels,
                   ErrorCode::UnsupportedTessaraVersion, ErrorCode::FileWriteError});
   if (error != 0 || !reg.IsSolved()) {

@@ -9,6 +9,7 @@
 // of sign without a root) is refined to the jump and reported like a root.
 #pragma once
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <vector>
@@ -51,7 +52,10 @@ void BracketRoots(F&& f, double lower, double upper, double target, std::int32_t
       if (!f(x.value(), fx)) continue;
       const Num d2 = Num(fx) - target;
       if ((d1 * d2).value() <= 0.0) {
-        left.push_back((x - dx).value());
+        // x - dx is the scan point before x up to rounding, which can put
+        // the first bracket's left end an ulp below `lower`; a root reported
+        // there would lie outside the bounds the caller gave.
+        left.push_back(std::max((x - dx).value(), lower));
         right.push_back(x.value());
       }
       d1 = d2;

@@ -102,6 +102,16 @@ TEST(FindRoots, BracketsAndBisection) {
   EXPECT_EQ(left.size(), 1u);
   BracketRoots(huge, 0.0, 2.0, 0.0, 4, left, right);
   EXPECT_TRUE(left.empty());
+  // A root on the lower bound stays on it: x - dx of the first bracket lands
+  // an ulp below 1 here, and the line equals 3 there too.
+  const auto line = [](double x, double& y) {
+    y = x + 2.0;
+    return true;
+  };
+  EXPECT_EQ(FindRoots(line, 1.0529411764705883, 1.0, 3.0, 15), std::vector<double>{1.0});
+  BracketRoots(line, 1.0, 1.0529411764705883, 3.0, 15, left, right);
+  ASSERT_FALSE(left.empty());
+  EXPECT_EQ(left[0], 1.0);
   // Bisection fails after 100 halvings when the tolerance cannot be met.
   double r = 0;
   EXPECT_FALSE(RefineRoot(f, 3.0, 3.5, 0.0, 0.0, r));
