@@ -43,15 +43,32 @@ std::string ReportValue(const std::string& report, const std::string& name) {
   return report.substr(start, report.find('\n', start) - start);
 }
 
+// g^T C g over the parameters' unscaled covariance: the squared band of a
+// unit residual deviation.
+template <std::size_t N>
+double GradientQuadratic(const RegressionParameters& params, const double (&g)[N]) {
+  double q = 0.0;
+  for (std::size_t j = 0; j < N; ++j) {
+    for (std::size_t k = 0; k < N; ++k) {
+      q += g[j] * params.CalculateCovariance(static_cast<std::int32_t>(j + 1), static_cast<std::int32_t>(k + 1)) * g[k];
+    }
+  }
+  return q;
+}
+
 void ExpectRelative(double actual, double expected, double tolerance, const std::string& what) {
   EXPECT_NEAR(actual, expected, tolerance * std::fabs(expected)) << what;
 }
 
 // Ordinary least squares of a straight line: the delta method is exact here,
-// and the bands are the classic ones.
-TEST(FitSummary, StraightLineMatchesTheClosedForms) {
+// and the bands are the classic ones, whichever method found the fit.
+class FitSummaryOfEachMethod : public ::testing::TestWithParam<SolverMethodEnum> {};
+INSTANTIATE_TEST_SUITE_P(Methods, FitSummaryOfEachMethod, ::testing::Values(tsxSolverMarquardt, tsxSolverTrustRegion));
+
+TEST_P(FitSummaryOfEachMethod, StraightLineMatchesTheClosedForms) {
   const Line data = NoisyLine(1.0, 10);
   NonlinearRegression reg;
+  reg.SetSolverMethod(GetParam());
   reg.DefineUserModel("a+b*x");
   reg.Fit(data.x, data.y);
   ASSERT_TRUE(reg.IsSolved()) << reg.LastSolveError();
@@ -117,10 +134,7 @@ TEST(FitSummary, NonlinearBandsFollowTheGradientThroughTheCovariance) {
   const double t = detail::StudentTCritical(0.95, text.DOFError());  // 90%
   for (const double x0 : {-1.0, 0.0, 1.3, 2.75, 5.0}) {
     const double g[2] = {std::exp(b * x0), a * x0 * std::exp(b * x0)};
-    double q = 0.0;
-    for (int j = 0; j < 2; ++j) {
-      for (int k = 0; k < 2; ++k) q += g[j] * params->CalculateCovariance(j + 1, k + 1) * g[k];
-    }
+    const double q = GradientQuadratic(*params, g);
     const double s = text.StandardError();
     const std::string at = " at " + std::to_string(x0);
     ExpectRelative(text.ConfidenceBand(x0, 90.0), t * s * std::sqrt(q), 1e-6, "text confidence" + at);
@@ -144,11 +158,7 @@ TEST(FitSummary, SeveralVariablesTakeAPoint) {
   const auto params = reg.RegressionParameters();
   const double t = detail::StudentTCritical(0.975, reg.DOFError());
   const std::vector<double> point{1.5, -2.0, 99.0};  // the third value is not read
-  const double g[3] = {1.5, -2.0, 1.0};
-  double q = 0.0;
-  for (int j = 0; j < 3; ++j) {
-    for (int k = 0; k < 3; ++k) q += g[j] * params->CalculateCovariance(j + 1, k + 1) * g[k];
-  }
+  const double q = GradientQuadratic(*params, {1.5, -2.0, 1.0});
   ExpectRelative(reg.ConfidenceBand(point), t * reg.StandardError() * std::sqrt(q), 1e-8, "confidence");
   ExpectRelative(reg.PredictionBand(point), t * reg.StandardError() * std::sqrt(1.0 + q), 1e-8, "prediction");
   const std::vector<double> short_point{1.5};

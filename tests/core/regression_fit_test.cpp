@@ -223,26 +223,18 @@ TEST(FitEntryPoints, FitCollectionFindsTheSeriesByKey) {
   EXPECT_TSX_CODE(reg.FitCollection(*data), 10012);
 }
 
-}  // namespace
-}  // namespace tessarix
-
-namespace tessarix {
-namespace {
-
 TEST(FitEntryPoints, NonFiniteDataFailTheRunWithoutRaising) {
   const double nan = std::nan("");
-  const double inf = HUGE_VAL;
-  for (int k = 0; k < 4; ++k) {
+  // 1e308: its square overflows.
+  for (const auto& [x, y] : {std::pair<std::vector<double>, std::vector<double>>{{1, 2, 3, 4}, {2, nan, 6.5, 8}},
+                             {{1, 2, nan, 4}, {2, 4, 6.5, 8}},
+                             {{HUGE_VAL, 2, 3, 4}, {2, 4, 6.5, 8}},
+                             {{1, 2, 3, 4}, {2, 4, 6.5, 1e308}}}) {
     NonlinearRegression reg;
     test::DefineLine(reg, false);
-    std::vector<double> x{1, 2, 3, 4}, y{2, 4, 6.5, 8};
-    if (k == 0) y[1] = nan;
-    if (k == 1) x[2] = nan;
-    if (k == 2) x[0] = inf;
-    if (k == 3) y[3] = 1e308;  // its square overflows
     reg.Fit(x, y);
-    EXPECT_FALSE(reg.IsSolved()) << k;
-    EXPECT_EQ(reg.LastSolveError(), "Solution failed") << k;
+    EXPECT_FALSE(reg.IsSolved()) << testing::PrintToString(x) << testing::PrintToString(y);
+    EXPECT_EQ(reg.LastSolveError(), "Solution failed");
   }
   NonlinearRegression reg;
   test::DefineLine(reg);

@@ -128,6 +128,7 @@ TEST(NonlinearRegressionObject, ClearFitKeepsTheModelAndTheEstimates) {
   const auto held_tables = reg.ResultTables();
   reg.ClearFit();
   EXPECT_FALSE(reg.IsSolved());
+  EXPECT_EQ(reg.ConvergenceReason(), tsxNotRun);
   EXPECT_TRUE(reg.IsValidModel());
   EXPECT_TSX_ERROR(reg.R2(), 10029, kNotSolved);
   EXPECT_TSX_CODE(reg.RegressionParameters()->Item(1)->Value(), 10029);

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <cstdio>
 #include <fstream>
-#include <sstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -65,6 +65,7 @@ TEST(SolutionLog, SolvedRunLineByLine) {
   // The text ends with the line end of the blank line.
   EXPECT_EQ(reg.SolutionLog().substr(reg.SolutionLog().size() - 4), "\r\n\r\n");
   EXPECT_EQ(reg.LastSolveError(), "No errors");
+  EXPECT_EQ(reg.ConvergenceReason(), tsxConvergedReduction);
   EXPECT_NEAR(a->Value(), 2.0, 0.02);
   EXPECT_NEAR(b->Value(), 0.3, 0.005);
 }
@@ -81,17 +82,15 @@ TEST(SolutionLog, NumbersFollowTheLocaleAndTheFileGetsOneMoreLineEnd) {
   const std::string path = ::testing::TempDir() + "tessarix_solution_log.txt";
   reg.SaveLog(path);
   reg.SaveLog(path, true);
-  std::ifstream in(path, std::ios::binary);
-  std::stringstream text;
-  text << in.rdbuf();
-  EXPECT_EQ(text.str(), reg.SolutionLog() + "\r\n" + reg.SolutionLog() + "\r\n");
+  const auto saved = [&path] {
+    std::ifstream in(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+  };
+  EXPECT_EQ(saved(), reg.SolutionLog() + "\r\n" + reg.SolutionLog() + "\r\n");
   reg.SaveLog(path);
   reg.ClearFit();
   reg.SaveLog(path);
-  std::ifstream again(path, std::ios::binary);
-  std::stringstream cleared;
-  cleared << again.rdbuf();
-  EXPECT_EQ(cleared.str(), "\r\n");
+  EXPECT_EQ(saved(), "\r\n");
   std::remove(path.c_str());
 
   test::DefineExponential(reg);
@@ -142,6 +141,7 @@ TEST(SolutionDriver, IterationLimitEndsSolvedWithTheCounterPastIt) {
   reg.Fit(kX, kY);
   EXPECT_EQ(events, 1);
   ASSERT_TRUE(reg.IsSolved());
+  EXPECT_EQ(reg.ConvergenceReason(), tsxIterationLimit);
   EXPECT_EQ(reg.NumIterations(), 2);
   const Lines lines = LogLines(reg.SolutionLog());
   EXPECT_EQ(Count(lines, "Reached iteration limit of 1"), 1u);
@@ -157,6 +157,7 @@ TEST(SolutionDriver, AbortEndsSolvedWithTheValuesReached) {
   reg.RegressionParameters()->Item("b")->SetInitialEstimate(0.29);
   reg.Fit(kX, kY);
   ASSERT_TRUE(reg.IsSolved());
+  EXPECT_EQ(reg.ConvergenceReason(), tsxIterationLimit);  // an abort ends as the limit does
   EXPECT_EQ(reg.NumIterations(), 1);
   Lines lines = LogLines(reg.SolutionLog());
   EXPECT_EQ(Count(lines, "Solution process aborted"), 1u);
@@ -169,6 +170,7 @@ TEST(SolutionDriver, AbortEndsSolvedWithTheValuesReached) {
   reg.SetRegressionTolerance(1e10);
   reg.Fit(kX, kY);
   ASSERT_TRUE(reg.IsSolved());
+  EXPECT_EQ(reg.ConvergenceReason(), tsxConvergedReduction);
   lines = LogLines(reg.SolutionLog());
   EXPECT_EQ(Count(lines, "Solution process aborted"), 0u);
   EXPECT_EQ(Count(lines, "Solution converged to residual change less than 10000000000%"), 1u);
@@ -203,6 +205,7 @@ TEST(SolutionDriver, AllParametersFixedEndsByTheUnchangedLimit) {
   EXPECT_EQ(Count(lines, "Solution converged to residual change of 0.0%"), 1u);
   EXPECT_EQ(reg.NumIterations(), 12);
   EXPECT_EQ(reg.NumUnchangedIterations(), 11);
+  EXPECT_EQ(reg.ConvergenceReason(), tsxStalled);
   for (const auto& p : *reg.RegressionParameters()) {
     EXPECT_EQ(p->StandardError(), 0.0);
     EXPECT_EQ(p->ProbT(), 0.0);
@@ -249,6 +252,7 @@ TEST(SolutionDriver, NotEnoughDataPoints) {
   reg.Fit(x, y);
   EXPECT_FALSE(reg.IsSolved());
   EXPECT_EQ(reg.LastSolveError(), "Solution failed: not enough data points");
+  EXPECT_EQ(reg.ConvergenceReason(), tsxFailed);
   const Lines lines = LogLines(reg.SolutionLog());
   ASSERT_EQ(lines.size(), 5u);
   EXPECT_EQ(lines[2], "Beginning solution for external model");

@@ -32,6 +32,13 @@ void FitSine(CubicSpline& s) {
   s.Fit(x, y);
 }
 
+// The value of the spline's piece at x, by its own coefficients.
+double PieceAt(CubicSpline& s, double x) {
+  const CubicInformation piece = s.GetCubicByValue(x);
+  const double t = x - piece.LowerBound();
+  return ((piece.a() * t + piece.b()) * t + piece.c()) * t + piece.d();
+}
+
 TEST(CubicSplineQueries, CubicPiecesByIntervalAndByValue) {
   CubicSpline s;
   FitHat(s);
@@ -74,10 +81,7 @@ TEST(CubicSplineQueries, ValuesAtKnotsAndBetweenFollowThePieces) {
   const std::vector<double> values = s.PredictArray(between);
   const Variant alt = s.PredictArrayAlt(Variant::Array(std::vector<Variant>(between.begin(), between.end())));
   for (std::size_t k = 0; k < between.size(); ++k) {
-    const CubicInformation piece = s.GetCubicByValue(between[k]);
-    const double t = between[k] - piece.LowerBound();
-    const double polynomial = ((piece.a() * t + piece.b()) * t + piece.c()) * t + piece.d();
-    EXPECT_NEAR(values[k], polynomial, 1e-14);
+    EXPECT_NEAR(values[k], PieceAt(s, between[k]), 1e-14);
     EXPECT_NEAR(values[k], std::sin(between[k]), 2e-4);  // interpolation error of the spline
     EXPECT_EQ(alt.At(static_cast<std::int32_t>(k)).ToDouble(), values[k]);
   }
@@ -97,10 +101,7 @@ TEST(CubicSplineQueries, UnevenKnotsFindTheirIntervals) {
     for (double f : {0.0, 0.01, 0.5, 0.99}) {
       const double t =
           x[static_cast<std::size_t>(i)] + f * (x[static_cast<std::size_t>(i) + 1] - x[static_cast<std::size_t>(i)]);
-      const CubicInformation piece = s.GetCubicByValue(t);
-      const double u = t - piece.LowerBound();
-      const double polynomial = ((piece.a() * u + piece.b()) * u + piece.c()) * u + piece.d();
-      EXPECT_NEAR(s.PredictValue(t), polynomial, 1e-9 * (1 + std::fabs(polynomial))) << t;
+      EXPECT_NEAR(s.PredictValue(t), PieceAt(s, t), 1e-9 * (1 + std::fabs(PieceAt(s, t)))) << t;
     }
   }
 }

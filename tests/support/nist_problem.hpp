@@ -11,6 +11,11 @@
 #include <string>
 #include <vector>
 
+// The files are in the source tree when the build names no other folder.
+#ifndef TESSARIX_NIST_DIR
+#define TESSARIX_NIST_DIR TESSARIX_SOURCE_DIR "/tests/support/nist"
+#endif
+
 namespace tessarix::test {
 
 struct NistProblem {

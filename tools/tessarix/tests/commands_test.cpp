@@ -150,12 +150,6 @@ TEST(RankCommand, PutsAnExactModelFirstOnDataOfModel36) {
   EXPECT_TRUE(std::is_sorted(r2.rbegin(), r2.rend())) << run.out;
 }
 
-}  // namespace
-}  // namespace tessarix::tool
-
-namespace tessarix::tool {
-namespace {
-
 TEST(ModelsCommand, ListsTheModelsOfSeveralVariablesAndRanksThem) {
   const auto three = RunTool({"models", "--variables", "3"});
   ASSERT_EQ(three.status, 0) << three.err;

@@ -8,6 +8,7 @@
 #include <optional>
 #include <sstream>
 
+#include "../../../tests/support/nist_problem.hpp"
 #include "fit_failure.hpp"
 #include "json_check.hpp"
 #include "json_writer.hpp"
@@ -210,8 +211,8 @@ TEST(FitBands, TableAndPlotCarryBothBands) {
             "pressure,volume,Predicted volume,Residuals,Lower 90% confidence,Upper 90% confidence,Lower 90% "
             "prediction,Upper 90% prediction");
   ASSERT_EQ(rows.size(), 14u);
-  const double s = 1.0187876330E-01;  // NIST's residual standard deviation
-  const double t = 1.7823;            // Student's t, 0.95, 12 degrees of freedom
+  const double s = std::sqrt(tessarix::test::ReadNistProblem("Misra1a").certified_rss / 12.0);
+  const double t = 1.7823;  // Student's t, 0.95, 12 degrees of freedom
   for (const auto& r : rows) {
     ASSERT_EQ(r.size(), 8u);
     const double predicted = r[2], confidence = r[5] - predicted, prediction = r[7] - predicted;
@@ -246,9 +247,10 @@ TEST(FitJson, TheWholeReportParsesBack) {
   EXPECT_EQ(v["level"].number, 95.0);
   ASSERT_EQ(v["parameters"].array.size(), 2u);
   EXPECT_EQ(v["parameters"][0]["name"].string, "b1");
-  EXPECT_NEAR(v["parameters"][0]["value"].number, 2.3894212918E+02, 1e-5 * 238.9);
-  EXPECT_NEAR(v["parameters"][1]["standard_error"].number, 7.2668688436E-06, 1e-4 * 7.27e-6);
-  EXPECT_NEAR(v["statistics"]["sse"].number, 1.2455138894E-01, 1e-6);
+  const auto misra = tessarix::test::ReadNistProblem("Misra1a");
+  EXPECT_NEAR(v["parameters"][0]["value"].number, misra.certified[0], 1e-5 * misra.certified[0]);
+  EXPECT_NEAR(v["parameters"][1]["standard_error"].number, misra.certified_sd[1], 1e-4 * misra.certified_sd[1]);
+  EXPECT_NEAR(v["statistics"]["sse"].number, misra.certified_rss, 1e-6);
   const auto& c = v["correlation"]["matrix"];
   ASSERT_EQ(c.array.size(), 2u);
   EXPECT_EQ(c[0][0].number, 1.0);
