@@ -1,6 +1,7 @@
 // The numerical routines behind the queries, on plain functions.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <vector>
 
@@ -112,6 +113,16 @@ TEST(FindRoots, BracketsAndBisection) {
   BracketRoots(line, 1.0, 1.0529411764705883, 3.0, 15, left, right);
   ASSERT_FALSE(left.empty());
   EXPECT_EQ(left[0], 1.0);
+  // A curve equal to the target on [1.5, 2.5] hits six scan points; each is
+  // reported once and in order, although the accumulated scan point 1.9 and
+  // 2.075 - dx differ in the last bit.
+  const auto step = [](double x, double& y) {
+    y = x < 1.5 ? x + 2.5 : (x <= 2.5 ? 4.0 : x + 1.5);
+    return true;
+  };
+  const std::vector<double> flat = FindRoots(step, 4.0, 0.5, 4.0, 20);
+  ASSERT_EQ(flat.size(), 6u);
+  EXPECT_TRUE(std::is_sorted(flat.begin(), flat.end()) && std::adjacent_find(flat.begin(), flat.end()) == flat.end());
   // Bisection fails after 100 halvings when the tolerance cannot be met.
   double r = 0;
   EXPECT_FALSE(RefineRoot(f, 3.0, 3.5, 0.0, 0.0, r));
