@@ -123,6 +123,14 @@ TEST(FindRoots, BracketsAndBisection) {
   const std::vector<double> flat = FindRoots(step, 4.0, 0.5, 4.0, 20);
   ASSERT_EQ(flat.size(), 6u);
   EXPECT_TRUE(std::is_sorted(flat.begin(), flat.end()) && std::adjacent_find(flat.begin(), flat.end()) == flat.end());
+  // A scan that starts two steps in, past failed points, still ends at the
+  // upper bound: the root at 4.5 lies beyond it.
+  const auto late = [](double x, double& y) {
+    y = x - 4.5;
+    return x > 0.5;
+  };
+  EXPECT_TRUE(FindRoots(late, -1.0, 4.0, 0.0, 5).empty());
+  EXPECT_EQ(FindRoots(late, -1.0, 4.0, -0.5, 5), std::vector<double>{4.0});
   // Bisection fails after 100 halvings when the tolerance cannot be met.
   double r = 0;
   EXPECT_FALSE(RefineRoot(f, 3.0, 3.5, 0.0, 0.0, r));
