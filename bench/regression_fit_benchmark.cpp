@@ -1,5 +1,7 @@
 // A fit of a three-parameter external model with analytic derivatives,
-// y = a * exp(-b * x) + c, on 1e4, 1e5 and 1e6 observations.
+// y = a * exp(-b * x) + c, on 1e4, 1e5 and 1e6 observations, and of the
+// pre-defined a*exp(b*x) (ID 36, evaluated by blocks) on 1e6 and 1e7, with one
+// thread and with two.
 //
 // Counters: time per fit (the benchmark's own time), time per iteration,
 // iterations, allocations per iteration (the hot path should make none) and
@@ -69,5 +71,42 @@ void BM_FitExternalModel(benchmark::State& state) {
 }
 
 BENCHMARK(BM_FitExternalModel)->Arg(10'000)->Arg(100'000)->Arg(1'000'000)->Unit(benchmark::kMillisecond);
+
+// Arguments: observations, threads. time_per_pass is the fit's wall-clock time
+// over its passes over the data (iterations + 2, the last without
+// derivatives); the process's CPU time would count the second thread's too.
+void BM_FitPredefinedExponential(benchmark::State& state) {
+  const auto n = static_cast<std::size_t>(state.range(0));
+  std::vector<double> x(n), y(n);
+  for (std::size_t i = 0; i < n; ++i) {
+    x[i] = 2.0 * static_cast<double>(i) / static_cast<double>(n);
+    y[i] = 3.0 * std::exp(-1.3 * x[i]) + 0.01 * std::sin(12345.0 * static_cast<double>(i));
+  }
+  tessarix::NonlinearRegression reg;
+  reg.DefineInternalModel(36);
+  reg.SetThreads(static_cast<std::int32_t>(state.range(1)));
+  long long passes = 0;
+  double peak_per_observation = 0.0;
+  for (auto _ : state) {
+    reg.RegressionParameters()->Item(1)->SetInitialEstimate(1.0);
+    reg.RegressionParameters()->Item(2)->SetInitialEstimate(-1.0);
+    const long long base = heap::g_bytes_now.load();
+    heap::g_bytes_peak = base;
+    reg.Fit(x, y);
+    if (!reg.IsSolved()) state.SkipWithError("fit failed");
+    passes += reg.NumIterations() + 2;
+    peak_per_observation = static_cast<double>(heap::g_bytes_peak.load() - base) / static_cast<double>(n);
+  }
+  state.counters["time_per_pass"] =
+      benchmark::Counter(static_cast<double>(passes), benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+  state.counters["peak_bytes_per_obs"] = peak_per_observation;
+}
+
+BENCHMARK(BM_FitPredefinedExponential)
+    ->Args({1'000'000, 1})
+    ->Args({1'000'000, 2})
+    ->Args({10'000'000, 1})
+    ->UseRealTime()
+    ->Unit(benchmark::kMillisecond);
 
 }  // namespace

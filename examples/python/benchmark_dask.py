@@ -61,6 +61,7 @@ def main() -> None:
 
     table = example.make_table(args.groups, args.points)
     engines = [("tessarix, model text", example.fit_partition),
+               ("tessarix, model text, exact derivatives", example.fit_partition_exact),
                ("tessarix, numpy callable", example.fit_partition_callable)]
     if importlib.util.find_spec("scipy") is not None:
         engines.append(("scipy curve_fit", example.fit_partition_scipy))

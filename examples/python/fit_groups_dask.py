@@ -67,6 +67,11 @@ def fit_partition(frame: pd.DataFrame) -> pd.DataFrame:
     return _rows(frame, lambda x, y: tessarix.fit(x, y, MODEL).to_dict())
 
 
+def fit_partition_exact(frame: pd.DataFrame) -> pd.DataFrame:
+    """The same with the model text differentiated exactly by the library."""
+    return _rows(frame, lambda x, y: tessarix.fit(x, y, MODEL, derivative_method="exact").to_dict())
+
+
 def fit_partition_callable(frame: pd.DataFrame) -> pd.DataFrame:
     """The same with the model as a Python callable."""
     return _rows(frame, lambda x, y: tessarix.fit(x, y, decay).to_dict())

@@ -380,6 +380,8 @@ void RegisterRegression(py::module_& m) {
       .def("set_tolerance", &Regression::SetTolerance, py::arg("value"))
       .def("set_threads", &Regression::SetThreads, py::arg("value"))
       .def("set_trust_region", &Regression::SetTrustRegion, py::arg("on"))
+      .def("set_exact_derivatives", &Regression::SetExactDerivatives, py::arg("on"))
+      .def("set_vector_math", &Regression::SetVectorMath, py::arg("on"))
       .def("fit", &Regression::Fit, py::arg("x"), py::arg("y"), py::arg("sd"), py::arg("release") = true)
       .def("require_solved", &Regression::RequireSolved)
       .def("snapshot", &Regression::Snapshot)

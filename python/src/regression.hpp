@@ -43,6 +43,8 @@ class Regression {
   void SetMaxUnchangedIterations(std::int32_t value) { Object().SetMaxUnchangedIterations(value); }
   void SetTolerance(double value) { Object().SetRegressionTolerance(value); }
   void SetThreads(std::int32_t value) { Object().SetThreads(value); }
+  void SetExactDerivatives(bool on) { Object().SetDerivativeMethod(on ? tsxDerivativeExact : tsxDerivativeNumerical); }
+  void SetVectorMath(bool on) { Object().SetVectorMath(on); }
   void SetTrustRegion(bool on) { Object().SetSolverMethod(on ? tsxSolverTrustRegion : tsxSolverMarquardt); }
 
   // Fits y (and sd, when not None) against x. With `release` the lock is

@@ -96,7 +96,9 @@ def fit(x: Any, y: Any, model: Union[str, Callable[..., Any], None] = None, *,
         tolerance: Optional[float] = None,
         derivatives: Optional[Callable[..., Any]] = None,
         parameters: Optional[Sequence[str]] = None,
-        threads: Optional[int] = None) -> FitResult:
+        threads: Optional[int] = None,
+        derivative_method: Optional[str] = None,
+        vector_math: bool = False) -> FitResult:
     """Fits a model to (x, y) by non-linear least squares.
 
     x: one-dimensional for a model of x; two-dimensional (one row per
@@ -129,6 +131,12 @@ def fit(x: Any, y: Any, model: Union[str, Callable[..., Any], None] = None, *,
         derivatives are central differences over the whole block.
     threads: threads of one fit's passes over the data (text models are
         evaluated on one thread; catalogue models in parallel).
+    derivative_method: for a text model, None or "numerical" (extrapolated
+        differences, the library's default) or "exact" (the model text
+        differentiated by the library, usually several times faster);
+        ValueError for another.
+    vector_math: for a text model, evaluate exp, log, sin and cos with the
+        vector routines of the C library (within 4 ulp of the scalar ones).
 
     Returns a FitResult. A fit that does not converge does not raise: read
     ``result.solved`` and ``result.message``. Library errors (bad model
@@ -136,6 +144,10 @@ def fit(x: Any, y: Any, model: Union[str, Callable[..., Any], None] = None, *,
     a callable model stops the fit and is raised as it is.
     """
     trust_region = _trust_region(method)
+    if derivative_method is not None and (not isinstance(derivative_method, str) or
+                                          derivative_method.lower() not in ("numerical", "exact")):
+        raise ValueError(f"unknown derivative_method {derivative_method!r}; the methods are numerical, exact")
+    exact = derivative_method is not None and derivative_method.lower() == "exact"
     spec = ModelSpec.from_arguments(model, model_id, derivatives, parameters)
     xa = _as_array(x, "x")
     ya = _as_array(y, "y")
@@ -151,6 +163,10 @@ def fit(x: Any, y: Any, model: Union[str, Callable[..., Any], None] = None, *,
         reg.set_threads(int(threads))
     if trust_region:
         reg.set_trust_region(True)
+    if exact:
+        reg.set_exact_derivatives(True)
+    if vector_math:
+        reg.set_vector_math(True)
     reg.fit(xa, ya, sda)
     return FitResult(spec, variables, xa, ya, sda, reg.snapshot(), reg)
 

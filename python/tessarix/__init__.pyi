@@ -166,7 +166,9 @@ def fit(x: ArrayLike, y: ArrayLike, model: Optional[Model] = ..., *,
         tolerance: Optional[float] = ...,
         derivatives: Optional[Callable[..., ArrayLike]] = ...,
         parameters: Optional[Sequence[str]] = ...,
-        threads: Optional[int] = ...) -> FitResult: ...
+        threads: Optional[int] = ...,
+        derivative_method: Optional[str] = ...,
+        vector_math: bool = ...) -> FitResult: ...
 
 def models(word: Optional[str] = ..., *, variables: int = ...) -> List[Dict[str, Any]]: ...
 

@@ -80,6 +80,8 @@ def test_python_layer_mistakes():
     assert tessarix.fit(X, Y, "a*exp(-b*x)+c", method="Marquardt").solved
     with pytest.raises(ValueError, match="unknown method"):
         tessarix.rank(X, Y, method="dogleg")
+    with pytest.raises(ValueError, match="unknown derivative_method"):
+        tessarix.fit(X, Y, "a*x", derivative_method="symbolic")
 
 
 def test_type_stubs_follow_the_module():

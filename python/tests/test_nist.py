@@ -20,13 +20,14 @@ def digits(result, problem):
 
 @pytest.mark.parametrize("name, model", [("Misra1a", MISRA1A), ("Thurber", THURBER)])
 @pytest.mark.parametrize("start", [0, 1])
-@pytest.mark.parametrize("method", [None, "trust-region"])
-def test_text_models_reach_the_certified_values(name, model, start, method):
+@pytest.mark.parametrize("method, derivative_method", [(None, None), ("trust-region", None), (None, "exact")])
+def test_text_models_reach_the_certified_values(name, model, start, method, derivative_method):
     problem = NistProblem(name)
     x, y = read_csv(name.lower() + ".csv")
     # The example files hold NIST's numbers exactly.
     assert np.array_equal(x, problem.x) and np.array_equal(y, problem.y)
-    r = tessarix.fit(x, y, model, estimates=problem.starts[start], max_iterations=1000, method=method)
+    r = tessarix.fit(x, y, model, estimates=problem.starts[start], max_iterations=1000, method=method,
+                     derivative_method=derivative_method)
     assert r.solved, r.message
     assert r.method == (method or "marquardt")
     values, errors, rss = digits(r, problem)

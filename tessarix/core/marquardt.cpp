@@ -1,15 +1,21 @@
 // The Marquardt step and the pass over the data that builds its normal
 // equations. The pass is the hot path of a fit: it allocates nothing, and
 // every arithmetic step is checked, so that an overflow ends the run instead
-// of spreading a NaN.
+// of spreading a NaN. A block of rows is first added without a test per step
+// and the sums looked at once; only a block where a step failed runs through
+// the checked loop, which raises the fault at its step.
 #include "tessarix/core/internal/marquardt.hpp"
 
+#include <algorithm>
+#include <array>
+#include <cstddef>
 #include <string>
 
 #include "tessarix/foundation/fault.hpp"
 #include "tessarix/numerics/internal_failure.hpp"
 #include "tessarix/numerics/linear_algebra.hpp"
 #include "tessarix/platform/checked.hpp"
+#include "tessarix/platform/float_flags.hpp"  // AllFinite
 #include "tessarix/platform/rounding.hpp"
 
 namespace tessarix::detail {
@@ -29,6 +35,102 @@ std::int16_t CountFitted(const std::vector<std::int32_t>& ia, std::int32_t param
   return fitted;
 }
 
+// Shorter blocks (a model evaluated point by point hands over one row at a
+// time) go through the checked loop: the flag tests would cost more than the
+// tests per step they save.
+constexpr std::int32_t kFewestUncheckedRows = 16;
+
+// Where the rows of a block go and what they are added to.
+struct BlockRowsIn {
+  const double* y;
+  const double* weights;
+  double* predicted;
+  double* residuals;
+  std::int32_t first;  // the observation of row 0
+  std::int32_t rows;
+  const double* values;
+  const double* derivatives;
+  std::int32_t stride;
+  const std::int32_t* fitted;  // the parameter of each fitted index, from 0
+  std::int32_t fitted_count;
+};
+
+// Adds the rows to `sums` (the triangle row by row, the gradient, the merit)
+// with the steps of the checked loop below in the same order, without a test
+// per step. Every step's result is added into a sum, directly or through a
+// product (a value that is not finite times a zero is a NaN), and a sum that
+// has met a value that is not finite stays so: a step that the checked loop
+// refuses leaves a sum that is not finite, and nothing else does. kFitted > 0
+// fixes the number of fitted parameters, so that the sums stay in registers;
+// 0 reads it from `in`.
+template <std::int32_t kFitted>
+[[gnu::noinline]] void AddRowsUnchecked(const BlockRowsIn& in, double* sums) {
+  const std::int32_t f = kFitted > 0 ? kFitted : in.fitted_count;
+  const std::int32_t size = f * (f + 1) / 2 + f + 1;
+  constexpr std::size_t kSums = kFitted > 0 ? static_cast<std::size_t>(kFitted * (kFitted + 1) / 2 + kFitted + 1) : 1;
+  std::array<double, kSums> local{};
+  double* const s = kFitted > 0 ? local.data() : sums;
+  if (kFitted > 0) std::copy(sums, sums + size, s);
+  double* const gradient = s + f * (f + 1) / 2;
+  for (std::int32_t r = 0; r < in.rows; ++r) {
+    const auto ui = static_cast<std::size_t>(in.first + r);
+    const double y_model = in.values[r];
+    const double* const dyda = in.derivatives + static_cast<std::ptrdiff_t>(r) * in.stride;
+    const double dy = in.y[ui] - y_model;
+    in.predicted[ui] = y_model;
+    in.residuals[ui] = dy;
+    const double w = in.weights[ui];
+    std::int32_t at = 0;
+    for (std::int32_t j = 0; j < f; ++j) {
+      const double wt = dyda[in.fitted[j]] * w;
+      for (std::int32_t k = 0; k <= j; ++k, ++at) s[at] = s[at] + wt * dyda[in.fitted[k]];
+      gradient[j] = gradient[j] + dy * wt;
+    }
+    gradient[f] = gradient[f] + dy * dy * w;
+  }
+  if (kFitted > 0) std::copy(s, s + size, sums);
+}
+
+void AddRowsUnchecked(const BlockRowsIn& in, double* sums) {
+  switch (in.fitted_count) {
+    case 1:
+      return AddRowsUnchecked<1>(in, sums);
+    case 2:
+      return AddRowsUnchecked<2>(in, sums);
+    case 3:
+      return AddRowsUnchecked<3>(in, sums);
+    case 4:
+      return AddRowsUnchecked<4>(in, sums);
+    default:
+      return AddRowsUnchecked<0>(in, sums);
+  }
+}
+
+// The rows of a block added without a test per step; false, with the normal
+// equations untouched, when a step failed, and the checked loop then adds
+// them again to raise its fault at its step (the outputs it writes before are
+// those written here).
+bool AddRowsFast(const BlockRowsIn& in, std::vector<double>& sums, Matrix1& matrix, Vector1& gradient, double& chisq) {
+  const std::int32_t f = in.fitted_count;
+  const auto size = static_cast<std::size_t>(f * (f + 1) / 2 + f + 1);
+  if (sums.size() < size) sums.resize(size);
+  std::size_t at = 0;
+  for (std::int32_t j = 1; j <= f; ++j) {
+    for (std::int32_t k = 1; k <= j; ++k) sums[at++] = matrix(j, k);
+  }
+  for (std::int32_t j = 1; j <= f; ++j) sums[at++] = gradient[static_cast<std::size_t>(j)];
+  sums[at] = chisq;
+  AddRowsUnchecked(in, sums.data());
+  if (!AllFinite(sums.data(), static_cast<long>(size))) return false;
+  at = 0;
+  for (std::int32_t j = 1; j <= f; ++j) {
+    for (std::int32_t k = 1; k <= j; ++k) matrix(j, k) = sums[at++];
+  }
+  for (std::int32_t j = 1; j <= f; ++j) gradient[static_cast<std::size_t>(j)] = sums[at++];
+  chisq = sums[at];
+  return true;
+}
+
 }  // namespace
 
 void BuildNormalEquations(RegressionCore& core, RunModel& model, std::int32_t n, const double* values,
@@ -46,6 +148,10 @@ void BuildNormalEquations(RegressionCore& core, RunModel& model, std::int32_t n,
 
   const std::int32_t* const fit = ia.data();
   MarquardtState& state = core.marquardt;
+  std::array<std::int32_t, kMaxFittedParameters> fitted_parameters{};
+  for (std::int32_t l = 1, j = 0; l <= parameter_count; ++l) {
+    if (fit[l] != 0) fitted_parameters[static_cast<std::size_t>(j++)] = l;
+  }
   const std::int32_t block = model.BlockRows();
   const std::int32_t stride = state.block_stride;
   for (std::int32_t first = 1; first <= n; first += block) {
@@ -54,7 +160,19 @@ void BuildNormalEquations(RegressionCore& core, RunModel& model, std::int32_t n,
     const bool evaluated = model.EvaluateRows(first, count, fit, state.block_values.data(),
                                               state.block_derivatives.data(), stride, failure);
     const std::int32_t complete = evaluated ? count : failure.row - first;
-    for (std::int32_t r = 0; r < complete; ++r) {
+    const BlockRowsIn rows{core.y.data(),
+                           core.weights.data(),
+                           core.predicted.data(),
+                           core.residuals.data(),
+                           first,
+                           complete,
+                           state.block_values.data(),
+                           state.block_derivatives.data(),
+                           stride,
+                           fitted_parameters.data(),
+                           fitted};
+    const bool added = complete >= kFewestUncheckedRows && AddRowsFast(rows, state.block_sums, matrix, gradient, chisq);
+    for (std::int32_t r = 0; r < complete && !added; ++r) {
       const auto ui = static_cast<std::size_t>(first + r);
       const double y_model = state.block_values[static_cast<std::size_t>(r)];
       const double* const dyda = state.block_derivatives.data() + static_cast<std::ptrdiff_t>(r) * stride;

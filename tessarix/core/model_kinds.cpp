@@ -15,10 +15,14 @@ namespace {
 
 // Rows of a block of a text model that runs by blocks.
 constexpr std::int32_t kTextBlockRows = 256;
+// Rows of a block of a pre-defined model: a block's values and derivatives
+// stay in the first-level cache for the pass that sums them.
+constexpr std::int32_t kPredefinedBlockRows = 256;
 
 class TextKind final : public PointModel {
  public:
-  TextKind(TextModel& text, const DataStatistics& words) : text_(text), words_(words) {}
+  TextKind(TextModel& text, const DataStatistics& words, const DerivativeMethodEnum& method, const bool& vector_math)
+      : text_(text), words_(words), method_(method), vector_math_(vector_math) {}
   bool RawValue(std::span<const double> point, const double* parameters, double& y) override {
     return text_.Evaluate(parameters, point, words_, y);
   }
@@ -27,9 +31,22 @@ class TextKind final : public PointModel {
   // others keep the order of a pass point by point.
   std::int32_t BlockRows() const override { return text_.RunsByBlocks() ? kTextBlockRows : 1; }
 
+  // Exact derivatives at one point: the forward pass over the point (its
+  // value is computed again, to the same bits).
+  bool Derivatives(std::span<const double> point, double* parameters, const std::int32_t* ia, std::int32_t count,
+                   double* dyda) override {
+    if (!Exact()) return PointModel::Derivatives(point, parameters, ia, count, dyda);
+    double y = 0.0;
+    std::int32_t failed_row = 0;
+    bool in_derivatives = false;
+    return text_.EvaluateBlockDerivatives(parameters, ia, count, point.data(), static_cast<std::int32_t>(point.size()),
+                                          1, words_, &y, dyda, count + 1, failed_row, in_derivatives, vector_math_);
+  }
+
   // The values of the block first, then the derivatives row by row: for a
   // program that runs by blocks neither depends on the order. The first
-  // failure in row order is reported, as a pass row by row finds it.
+  // failure in row order is reported, as a pass row by row finds it. Exact
+  // derivatives come with the values in one pass.
   bool EvaluateRows(const PointTable& points, std::int32_t first, std::int32_t count, double* parameters,
                     const std::int32_t* ia, std::int32_t parameter_count, double* values, double* derivatives,
                     std::int32_t stride, RowFailure& failure) override {
@@ -37,8 +54,19 @@ class TextKind final : public PointModel {
       return PointModel::EvaluateRows(points, first, count, parameters, ia, parameter_count, values, derivatives,
                                       stride, failure);
     }
+    if (ia != nullptr && Exact()) {
+      std::int32_t failed_row = 0;
+      bool in_derivatives = false;
+      if (text_.EvaluateBlockDerivatives(parameters, ia, parameter_count, points.Row(first).data(), points.Width(),
+                                         count, words_, values, derivatives, stride, failed_row, in_derivatives,
+                                         vector_math_)) {
+        return true;
+      }
+      failure = {first + failed_row, in_derivatives};
+      return false;
+    }
     std::int32_t done =
-        text_.EvaluateBlock(parameters, points.Row(first).data(), points.Width(), count, words_, values);
+        text_.EvaluateBlock(parameters, points.Row(first).data(), points.Width(), count, words_, values, vector_math_);
     for (std::int32_t r = 0; r < done; ++r) {
       if (!std::isfinite(values[r])) done = r;  // no non-finite model value is handed on
     }
@@ -57,8 +85,14 @@ class TextKind final : public PointModel {
   }
 
  private:
+  // Exact derivatives for a program whose points are independent; the
+  // others keep the numerical ones.
+  bool Exact() const { return method_ == tsxDerivativeExact && text_.RunsByBlocks(); }
+
   TextModel& text_;
   const DataStatistics& words_;
+  const DerivativeMethodEnum& method_;
+  const bool& vector_math_;
 };
 
 class PredefinedKind final : public PointModel {
@@ -73,6 +107,22 @@ class PredefinedKind final : public PointModel {
                    std::int32_t /*count*/, double* dyda) override {
     return PredefinedDerivatives(code_, parameters, point[0], dyda);
   }
+
+  // The block without a test per step; a block in which a step failed is
+  // evaluated again row by row, so the failure is found at the row and in
+  // the part (value or derivatives) where a pass row by row finds it.
+  std::int32_t BlockRows() const override { return kPredefinedBlockRows; }
+  bool EvaluateRows(const PointTable& points, std::int32_t first, std::int32_t count, double* parameters,
+                    const std::int32_t* ia, std::int32_t parameter_count, double* values, double* derivatives,
+                    std::int32_t stride, RowFailure& failure) override {
+    if (EvaluatePredefinedBlock(code_, parameters, points.Row(first).data(), count, values,
+                                ia != nullptr ? derivatives : nullptr, stride)) {
+      return true;
+    }
+    return PointModel::EvaluateRows(points, first, count, parameters, ia, parameter_count, values, derivatives, stride,
+                                    failure);
+  }
+
   std::unique_ptr<PointModel> ThreadCopy() const override { return std::make_unique<PredefinedKind>(code_, terms_); }
   bool HasLeastSquaresEstimates() const override { return true; }
   bool ObtainLeastSquaresEstimates(const PointTable& points, const Vector1& y, const Vector1& weights, std::int32_t n,
@@ -98,6 +148,18 @@ class MultiplePredefinedKind final : public PointModel {
                    std::int32_t /*count*/, double* dyda) override {
     return MultiplePredefinedDerivatives(code_, parameters, point, dyda);
   }
+  // As the one-variable kind's.
+  std::int32_t BlockRows() const override { return kPredefinedBlockRows; }
+  bool EvaluateRows(const PointTable& points, std::int32_t first, std::int32_t count, double* parameters,
+                    const std::int32_t* ia, std::int32_t parameter_count, double* values, double* derivatives,
+                    std::int32_t stride, RowFailure& failure) override {
+    if (EvaluateMultiplePredefinedBlock(code_, parameters, points.Row(first).data(), points.Width(), count, values,
+                                        ia != nullptr ? derivatives : nullptr, stride)) {
+      return true;
+    }
+    return PointModel::EvaluateRows(points, first, count, parameters, ia, parameter_count, values, derivatives, stride,
+                                    failure);
+  }
   std::unique_ptr<PointModel> ThreadCopy() const override {
     return std::make_unique<MultiplePredefinedKind>(code_, terms_);
   }
@@ -115,8 +177,9 @@ class MultiplePredefinedKind final : public PointModel {
 
 }  // namespace
 
-std::unique_ptr<PointModel> MakeTextKind(TextModel& text, const DataStatistics& words) {
-  return std::make_unique<TextKind>(text, words);
+std::unique_ptr<PointModel> MakeTextKind(TextModel& text, const DataStatistics& words,
+                                         const DerivativeMethodEnum& method, const bool& vector_math) {
+  return std::make_unique<TextKind>(text, words, method, vector_math);
 }
 
 std::unique_ptr<PointModel> MakePredefinedKind(std::int32_t evaluation_code, std::int32_t estimate_term_count) {

@@ -40,7 +40,9 @@ void RegressionObject::DefineUserModelSub(const tessarix::ModelDefinition& Defin
   for (int k = 0; k <= 9; ++k) {
     e.model.model_text.push_back(detail::ModelDefinitionAccess::Formula(Definition, k));
   }
-  e.DefineText(Definition, Locale, [&e] { return detail::MakeTextKind(e.model.text, e.core.data_statistics); });
+  e.DefineText(Definition, Locale, [&e] {
+    return detail::MakeTextKind(e.model.text, e.core.data_statistics, e.core.derivative_method, e.core.vector_math);
+  });
 }
 
 // The catalogue's text is compiled exactly like a user model, which names the
@@ -172,6 +174,23 @@ void RegressionObject::SetSolverMethod(SolverMethodEnum value) {
   engine_->GuardLocked();
   if (value != tsxSolverMarquardt && value != tsxSolverTrustRegion) RaiseLibraryError(ErrorCode::InvalidPropertyValue);
   engine_->core.solver_method = value;
+}
+
+DerivativeMethodEnum RegressionObject::DerivativeMethod() const { return engine_->core.derivative_method; }
+
+void RegressionObject::SetDerivativeMethod(DerivativeMethodEnum value) {
+  engine_->GuardLocked();
+  if (value != tsxDerivativeNumerical && value != tsxDerivativeExact) {
+    RaiseLibraryError(ErrorCode::InvalidPropertyValue);
+  }
+  engine_->core.derivative_method = value;
+}
+
+bool RegressionObject::VectorMath() const { return engine_->core.vector_math; }
+
+void RegressionObject::SetVectorMath(bool value) {
+  engine_->GuardLocked();
+  engine_->core.vector_math = value;
 }
 
 ConvergenceReasonEnum RegressionObject::ConvergenceReason() const { return engine_->core.convergence_reason; }

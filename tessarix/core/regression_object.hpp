@@ -138,6 +138,52 @@ class TESSARIX_API RegressionObject {
   SolverMethodEnum SolverMethod() const;
   void SetSolverMethod(SolverMethodEnum value);
 
+  // Extension: how the parameter derivatives of a model in the model language
+  // are had. tsxDerivativeNumerical (the default) differentiates the whole
+  // model numerically (Ridders' extrapolated central differences, up to 20
+  // evaluations per parameter and point); every result is then exactly what
+  // it was before this setting existed. tsxDerivativeExact differentiates
+  // the compiled model itself in the same pass as its values (forward mode:
+  // each step carries the partial derivatives of the fitted parameters):
+  // every function word by its closed-form derivative (the Bessel
+  // recurrences, the digamma function for the gamma family, the densities of
+  // the incomplete gamma and beta functions), the integer, relational and
+  // logical words and the integer arguments by 0, a conditional by the branch
+  // taken, and the few arguments without a usable closed form (the orders of
+  // jnu..dknu, the shape arguments of igamma, ibeta, binomial, fdist,
+  // student, chi2, legendre's x) by a numerical derivative of that one word.
+  // The model values are the same bits as with the default. A derivative
+  // that is not finite fails the evaluation of the point as a failed
+  // numerical derivative does. A text model whose points depend on each
+  // other (rnd, or sub-definitions saved inside a conditional) keeps the
+  // numerical derivatives, and so do pre-defined models with analytic
+  // derivatives and external models. The setter raises 10033 when locked and
+  // InvalidPropertyValue (10027) for any other value; the choice survives
+  // definitions and ClearFit.
+  DerivativeMethodEnum DerivativeMethod() const;
+  void SetDerivativeMethod(DerivativeMethodEnum value);
+
+  // Extension: vector math for models in the model language (default
+  // false). When true, the models whose points run by blocks (no rnd, no
+  // sub-definition saved inside a conditional) compute exp, ln, sin and cos
+  // of 64 points at a time by the C library's vector routines (glibc's
+  // libmvec, AVX2 where the processor has it); with false, the default,
+  // every result is exactly what it was before this setting existed. The
+  // vector results are at most 4 units in the last place from the scalar
+  // ones (measured over the whole argument ranges: exp [-700, 700], ln
+  // [1E-300, 1E300], sin and cos [-1E5, 1E5]); a model's values differ from
+  // the default by that much per step, amplified by the model's own
+  // conditioning, and a fit by correspondingly little. Failures are found as
+  // with false: a block in which any step fails is evaluated again point by
+  // point with the scalar routines (only an exp within those few units of
+  // its overflow threshold may come out finite where the scalar one does
+  // not). Without libmvec (other systems) the
+  // setting changes nothing. Fits (values and exact derivatives),
+  // predictions and statistics all use it. The setter raises 10033 when
+  // locked; the choice survives definitions and ClearFit.
+  bool VectorMath() const;
+  void SetVectorMath(bool value);
+
   // How the last run ended, whether or not it was solved: tsxNotRun before
   // any run and after a definition or ClearFit; tsxFailed when the run
   // failed (IsSolved false). With the Marquardt method a converged run

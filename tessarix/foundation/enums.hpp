@@ -97,6 +97,16 @@ enum SolverMethodEnum : std::int32_t {
   tsxSolverTrustRegion = 1,
 };
 
+// Extension: how a regression object differentiates a model in the model
+// language by its parameters (SetDerivativeMethod).
+enum DerivativeMethodEnum : std::int32_t {
+  // Ridders' extrapolated central differences of the whole model: the
+  // library's classic method and the default.
+  tsxDerivativeNumerical = 0,
+  // Forward-mode differentiation of the compiled model, word by word.
+  tsxDerivativeExact = 1,
+};
+
 // How the last run of a regression object ended (ConvergenceReason).
 enum ConvergenceReasonEnum : std::int32_t {
   // The merit function fell by less than RegressionTolerance (in percent),

@@ -3,6 +3,7 @@
 #include "tessarix/language/internal/block_evaluator.hpp"
 #include "tessarix/language/internal/compiler.hpp"
 #include "tessarix/language/internal/compiler_state.hpp"
+#include "tessarix/language/internal/derivative_evaluator.hpp"
 #include "tessarix/language/internal/evaluator.hpp"
 #include "tessarix/language/internal/model_program.hpp"
 #include "tessarix/language/internal/user_model.hpp"
@@ -16,6 +17,8 @@ struct TextModelState {
   std::int32_t variables = 0;
   BlockPlan plan;
   bool planned = false;  // plan matches the program
+  DerivativePlan rules;  // with the plan
+  DerivativeScratch derivative_scratch;
 };
 
 TextModel::TextModel() : state_(std::make_unique<TextModelState>()) {}
@@ -52,16 +55,41 @@ bool TextModel::RunsByBlocks() noexcept {
   TextModelState& s = *state_;
   if (!s.planned) {
     s.plan = PlanBlocks(s.program);
+    s.rules = {};
+    if (s.plan.usable) {
+      try {
+        s.rules = PlanDerivatives(s.program);
+      } catch (...) {
+        s.plan.usable = false;  // no memory for the rules: the model runs row by row
+      }
+    }
     s.planned = true;
   }
   return s.plan.usable;
 }
 
 std::int32_t TextModel::EvaluateBlock(const double* parameters, const double* points, std::int32_t width,
-                                      std::int32_t count, const DataStatistics& words, double* y) noexcept {
+                                      std::int32_t count, const DataStatistics& words, double* y,
+                                      bool vector_math) noexcept {
   (void)RunsByBlocks();
   TextModelState& s = *state_;
-  return EvaluateProgramBlock(s.program, s.plan, s.scratch, parameters, points, width, count, words, y);
+  return EvaluateProgramBlock(s.program, s.plan, s.scratch, parameters, points, width, count, words, y, vector_math);
+}
+
+bool TextModel::EvaluateBlockDerivatives(const double* parameters, const std::int32_t* ia, std::int32_t parameter_count,
+                                         const double* points, std::int32_t width, std::int32_t count,
+                                         const DataStatistics& words, double* y, double* dyda, std::int32_t stride,
+                                         std::int32_t& failed_row, bool& in_derivatives, bool vector_math) noexcept {
+  (void)RunsByBlocks();
+  TextModelState& s = *state_;
+  DerivativeStop stop;
+  if (EvaluateProgramDerivatives(s.program, s.plan, s.rules, s.scratch, s.derivative_scratch, parameters, ia,
+                                 parameter_count, points, width, count, words, y, dyda, stride, stop, vector_math)) {
+    return true;
+  }
+  failed_row = stop.row;
+  in_derivatives = stop.in_derivatives;
+  return false;
 }
 
 std::string TextModel::Dump() const { return DumpProgram(state_->program); }

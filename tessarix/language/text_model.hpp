@@ -77,12 +77,32 @@ class TextModel {
   // depend on each other (no conditional, no value of a sub-definition read
   // before it is saved) run a block of points per instruction; the others
   // run row by row. Never throws.
+  //
+  // `vector_math` (the objects' opt-in setting) computes exp, ln, sin and cos
+  // by the vector routines of the C library on the points that run by
+  // blocks: the values then differ from the default by at most a few units
+  // in the last place per step (see VectorMath on the regression objects).
   [[nodiscard]] std::int32_t EvaluateBlock(const double* parameters, const double* points, std::int32_t width,
-                                           std::int32_t count, const DataStatistics& words, double* y) noexcept;
+                                           std::int32_t count, const DataStatistics& words, double* y,
+                                           bool vector_math = false) noexcept;
   // Whether the current program runs by blocks in EvaluateBlock; the rows of
   // one that does not may also be evaluated out of order without changing a
   // result.
   [[nodiscard]] bool RunsByBlocks() noexcept;
+
+  // The exact parameter derivatives with the values, by forward mode over
+  // the program: y[r] as EvaluateBlock computes it and, for l = 1..
+  // parameter_count, dyda[r * stride + l] = dy/dparameter l at row r (0 where
+  // ia[l] is 0, a fixed parameter). Only for a program that RunsByBlocks().
+  // False at the first failure, with its row and whether the value (exactly
+  // as EvaluateBlock fails) or the derivatives (not finite, or a word's
+  // derivative that cannot be had) failed; the rows before it are complete.
+  // Never throws.
+  [[nodiscard]] bool EvaluateBlockDerivatives(const double* parameters, const std::int32_t* ia,
+                                              std::int32_t parameter_count, const double* points, std::int32_t width,
+                                              std::int32_t count, const DataStatistics& words, double* y, double* dyda,
+                                              std::int32_t stride, std::int32_t& failed_row, bool& in_derivatives,
+                                              bool vector_math = false) noexcept;
 
   // A readable listing of the compiled records (kind, code, text, jumps), for
   // tests and diagnostics: one line per record, as "3 param b #2",

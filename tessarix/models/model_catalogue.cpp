@@ -23,7 +23,7 @@ namespace {
 
 // The most parameters (and estimator terms) of any model: the tenth order
 // polynomial.
-constexpr std::int32_t kMostParameters = 11;
+constexpr std::int32_t kMostParameters = kMostRowParameters;
 
 // Slot 0 stays empty, so that the row of an ID is rows[ID].
 using RowTable = std::array<ModelRow, kLastInternalModelId + 1>;
@@ -39,7 +39,7 @@ constexpr void Place(RowTable& table, const std::array<ModelRow, kCount>& rows) 
     if (row.parameter_count < 1 || row.parameter_count > kMostParameters) throw "a parameter count out of range";
     if (e.estimate_term_count < 1 || e.estimate_term_count > kMostParameters) throw "a term count out of range";
     if (e.definition.empty() || e.file_label.empty()) throw "a row without its text";
-    if (row.value == nullptr || row.derivatives == nullptr) throw "a row without its formula";
+    if (row.value == nullptr || row.derivatives == nullptr || row.block == nullptr) throw "a row without its formula";
     slot = row;
   }
 }

@@ -10,16 +10,19 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstddef>
 #include <initializer_list>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "tessarix/models/internal/flagged_num.hpp"
 #include "tessarix/models/internal/multiple_row.hpp"
 #include "tessarix/models/predefined_models.hpp"
 #include "tessarix/numerics/internal_failure.hpp"
 #include "tessarix/numerics/power.hpp"
 #include "tessarix/platform/checked.hpp"
+#include "tessarix/platform/float_flags.hpp"
 
 namespace tessarix::detail {
 namespace {
@@ -253,20 +256,22 @@ const Table& TheTable() {
 
 // ---- the arithmetic ----------------------------------------------------------
 
-Num FactorValue(const Factor& f, std::span<const double> point) {
-  const Num x = point[f.variable - 1u];
-  const Num base = f.shape == Shape::Log ? log(x) : x;
-  return f.power == 1 ? base : Power(base, Num(f.power));
+template <class N>
+N FactorValue(const Factor& f, std::span<const double> point) {
+  const N x = point[f.variable - 1u];
+  const N base = f.shape == Shape::Log ? log(x) : x;
+  return f.power == 1 ? base : Power(base, N(f.power));
 }
 
 // The term with its parameter value p: (p * numerator factors) / denominator.
-Num TermValue(const PolynomialTerm& term, Num p, std::span<const double> point) {
-  Num numerator = p;
-  Num denominator = 1.0;
+template <class N>
+N TermValue(const PolynomialTerm& term, N p, std::span<const double> point) {
+  N numerator = p;
+  N denominator = 1.0;
   int inverse = 0;
   for (const Factor& f : term.factors) {
     if (f.power == 0) continue;
-    const Num v = FactorValue(f, point);
+    const N v = FactorValue<N>(f, point);
     if (f.shape == Shape::Inverse) {
       denominator = inverse++ == 0 ? v : denominator * v;
     } else {
@@ -282,63 +287,66 @@ double Parameter(const MultipleRow& row, const double* p, std::int32_t i) {
 }
 
 // p(1)*x(1) + ... + p(count)*x(count).
-Num Sum(const MultipleRow& row, const double* p, std::span<const double> point, std::int32_t count) {
-  Num y = 0.0;
+template <class N>
+N Sum(const MultipleRow& row, const double* p, std::span<const double> point, std::int32_t count) {
+  N y = 0.0;
   for (std::int32_t i = 1; i <= count; ++i) {
-    y = y + Num(Parameter(row, p, i)) * point[static_cast<std::size_t>(i - 1)];
+    y = y + N(Parameter(row, p, i)) * point[static_cast<std::size_t>(i - 1)];
   }
   return y;
 }
 
-Num RowValue(const MultipleRow& row, const double* p, std::span<const double> x) {
+template <class N>
+N RowValue(const MultipleRow& row, const double* p, std::span<const double> x) {
   const std::int32_t n = row.parameter_count;
   switch (row.formula) {
     case Formula::PowerX1X2:
-      return Num(p[1]) * Power(Num(x[0]), Num(p[2])) * Power(Num(x[1]), Num(p[3]));
+      return N(p[1]) * Power(N(x[0]), N(p[2])) * Power(N(x[1]), N(p[3]));
     case Formula::ExponentX1PowerX2:
-      return Num(p[1]) * Power(Num(p[2]), Num(x[0])) * Power(Num(x[1]), Num(p[3]));
+      return N(p[1]) * Power(N(p[2]), N(x[0])) * Power(N(x[1]), N(p[3]));
     case Formula::PowerX1ExponentX2:
-      return Num(p[1]) * Power(Num(x[0]), Num(p[2])) * Power(Num(p[3]), Num(x[1]));
+      return N(p[1]) * Power(N(x[0]), N(p[2])) * Power(N(p[3]), N(x[1]));
     case Formula::Polynomial: {
-      Num y = p[1];
-      for (std::int32_t k = 2; k <= n; ++k) y = y + TermValue(row.terms[static_cast<std::size_t>(k - 2)], p[k], x);
+      N y = p[1];
+      for (std::int32_t k = 2; k <= n; ++k) y = y + TermValue(row.terms[static_cast<std::size_t>(k - 2)], N(p[k]), x);
       return y;
     }
     case Formula::LinearSum:
-      return Sum(row, p, x, n);
+      return Sum<N>(row, p, x, n);
     case Formula::LinearSumPlusConstant:
-      return Sum(row, p, x, n - 1) + Parameter(row, p, n);
+      return Sum<N>(row, p, x, n - 1) + Parameter(row, p, n);
     case Formula::ExpLinearSum:
-      return exp(Sum(row, p, x, n - 1) + Parameter(row, p, n));
+      return exp(Sum<N>(row, p, x, n - 1) + Parameter(row, p, n));
   }
   return 0.0;  // not reached: the switch names every formula
 }
 
+template <class N>
 void RowDerivatives(const MultipleRow& row, const double* p, std::span<const double> x, double* d) {
   const std::int32_t n = row.parameter_count;
   switch (row.formula) {
     case Formula::PowerX1X2: {
-      const Num x1 = x[0], x2 = x[1];
-      const Num u = Power(x1, Num(p[2])), v = Power(x2, Num(p[3]));
-      const Num y = Num(p[1]) * u * v;
+      const N x1 = x[0], x2 = x[1];
+      const N u = Power(x1, N(p[2])), v = Power(x2, N(p[3]));
+      const N y = N(p[1]) * u * v;
       d[1] = (u * v).value();
       d[2] = (y * log(x1)).value();
       d[3] = (y * log(x2)).value();
       return;
     }
     case Formula::ExponentX1PowerX2: {
-      const Num x1 = x[0], x2 = x[1], b = p[2];
-      const Num u = Power(b, x1), v = Power(x2, Num(p[3]));
-      const Num y = Num(p[1]) * u * v;
+      const N x1 = x[0], x2 = x[1], b = p[2];
+      const N u = Power(b, x1), v = Power(x2, N(p[3]));
+      const N y = N(p[1]) * u * v;
       d[1] = (u * v).value();
       d[2] = (y * (x1 / b)).value();
       d[3] = (y * log(x2)).value();
       return;
     }
     case Formula::PowerX1ExponentX2: {
-      const Num x1 = x[0], x2 = x[1], c = p[3];
-      const Num u = Power(x1, Num(p[2])), v = Power(c, x2);
-      const Num y = Num(p[1]) * u * v;
+      const N x1 = x[0], x2 = x[1], c = p[3];
+      const N u = Power(x1, N(p[2])), v = Power(c, x2);
+      const N y = N(p[1]) * u * v;
       d[1] = (u * v).value();
       d[2] = (y * log(x1)).value();
       d[3] = (y * (x2 / c)).value();
@@ -347,25 +355,39 @@ void RowDerivatives(const MultipleRow& row, const double* p, std::span<const dou
     case Formula::Polynomial:
       d[1] = 1.0;
       for (std::int32_t k = 2; k <= n; ++k) {
-        d[k] = TermValue(row.terms[static_cast<std::size_t>(k - 2)], 1.0, x).value();
+        d[k] = TermValue(row.terms[static_cast<std::size_t>(k - 2)], N(1.0), x).value();
       }
       return;
     case Formula::LinearSum:
       for (std::int32_t i = 1; i <= n; ++i)
-        d[row.slot[static_cast<std::size_t>(i)]] = Checked(x[static_cast<std::size_t>(i - 1)]);
+        d[row.slot[static_cast<std::size_t>(i)]] = x[static_cast<std::size_t>(i - 1)];
       return;
     case Formula::LinearSumPlusConstant:
       for (std::int32_t i = 1; i < n; ++i)
-        d[row.slot[static_cast<std::size_t>(i)]] = Checked(x[static_cast<std::size_t>(i - 1)]);
+        d[row.slot[static_cast<std::size_t>(i)]] = x[static_cast<std::size_t>(i - 1)];
       d[row.slot[static_cast<std::size_t>(n)]] = 1.0;
       return;
     case Formula::ExpLinearSum: {
-      const Num e = exp(Sum(row, p, x, n - 1) + Parameter(row, p, n));
+      const N e = exp(Sum<N>(row, p, x, n - 1) + Parameter(row, p, n));
       for (std::int32_t i = 1; i < n; ++i)
         d[row.slot[static_cast<std::size_t>(i)]] = (e * x[static_cast<std::size_t>(i - 1)]).value();
       d[row.slot[static_cast<std::size_t>(n)]] = e.value();
       return;
     }
+  }
+}
+
+// The formulas on FlaggedNum over n points of `width` values each, from a
+// local copy of the parameters (see FlaggedBlock of the one-variable rows).
+[[gnu::noinline]] void FlaggedRowBlock(const MultipleRow& row, const double* p, const double* points,
+                                       std::int32_t width, std::int32_t n, double* y, double* d, std::int32_t stride) {
+  std::array<double, kMostMultipleParameters + 1> q{};
+  for (std::int32_t l = 1; l <= row.parameter_count; ++l) q[static_cast<std::size_t>(l)] = p[l];
+  const auto size = static_cast<std::size_t>(width);
+  for (std::int32_t r = 0; r < n; ++r) {
+    const std::span<const double> x(points + static_cast<std::ptrdiff_t>(r) * width, size);
+    y[r] = RowValue<FlaggedNum>(row, q.data(), x).value();
+    if (d != nullptr) RowDerivatives<FlaggedNum>(row, q.data(), x, d + static_cast<std::ptrdiff_t>(r) * stride);
   }
 }
 
@@ -380,6 +402,24 @@ const MultipleRow* Lookup(std::int32_t code, std::span<const double> point) noex
 }
 
 }  // namespace
+
+bool EvaluateMultiplePredefinedBlock(std::int32_t evaluation_code, const double* a, const double* points,
+                                     std::int32_t width, std::int32_t n, double* y, double* d,
+                                     std::int32_t stride) noexcept {
+  const MultipleRow* row = MultipleRowOfCode(evaluation_code);
+  if (row == nullptr || width < row->variable_count || n < 0) return false;
+  // Steps on operands that are not finite raise no flag: such a block takes
+  // the checked routines.
+  bool finite = AllFinite(a + 1, row->parameter_count);
+  for (std::int32_t r = 0; r < n && finite; ++r) {
+    finite = AllFinite(points + static_cast<std::ptrdiff_t>(r) * width, row->variable_count);
+  }
+  if (!finite) return false;
+  if (!FlagsCanBeWatched()) return false;
+  const FlagWatch watch;
+  FlaggedRowBlock(*row, a, points, width, n, y, d, stride);
+  return watch.Clean();
+}
 
 const std::vector<MultipleRow>& MultipleRows() { return TheTable().rows; }
 
@@ -399,14 +439,14 @@ bool EvaluateMultiplePredefined(std::int32_t evaluation_code, const double* a, s
                                 double& y) noexcept {
   const MultipleRow* row = Lookup(evaluation_code, point);
   if (row == nullptr) return false;
-  return SucceedsWithoutFault([&] { y = RowValue(*row, a, point).value(); });
+  return SucceedsWithoutFault([&] { y = RowValue<Num>(*row, a, point).value(); });
 }
 
 bool MultiplePredefinedDerivatives(std::int32_t evaluation_code, const double* a, std::span<const double> point,
                                    double* d) noexcept {
   const MultipleRow* row = Lookup(evaluation_code, point);
   if (row == nullptr) return false;
-  return SucceedsWithoutFault([&] { RowDerivatives(*row, a, point, d); });
+  return SucceedsWithoutFault([&] { RowDerivatives<Num>(*row, a, point, d); });
 }
 
 }  // namespace tessarix::detail

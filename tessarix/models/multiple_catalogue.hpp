@@ -31,6 +31,17 @@ const InternalModelEntry* FindMultipleInternalModel(std::int32_t model_id) noexc
 [[nodiscard]] bool MultiplePredefinedDerivatives(std::int32_t evaluation_code, const double* a,
                                                  std::span<const double> point, double* d) noexcept;
 
+// Values and, when d is not null, derivatives of n points in a block: point r
+// at points[r * width], its value into y[r] and its derivatives into
+// d[r * stride + 1 ..]. The same arithmetic as the two routines above, step
+// for step, without a test per step: true when no step of the block failed
+// (every output is then what the routines above give); false when one may
+// have, and the caller then evaluates the points one by one through them to
+// find the failure. The caller's floating-point flags are kept.
+[[nodiscard]] bool EvaluateMultiplePredefinedBlock(std::int32_t evaluation_code, const double* a, const double* points,
+                                                   std::int32_t width, std::int32_t n, double* y, double* d,
+                                                   std::int32_t stride) noexcept;
+
 // The least-squares starting values: the observations transformed (log(y)
 // for the power and exponential models), the weighted linear problem in the
 // model's terms solved through the singular value decomposition, the

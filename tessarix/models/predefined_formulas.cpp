@@ -5,8 +5,10 @@
 
 #include <cmath>
 
+#include "tessarix/models/internal/flagged_num.hpp"
 #include "tessarix/models/internal/model_row.hpp"
 #include "tessarix/numerics/internal_failure.hpp"
+#include "tessarix/platform/float_flags.hpp"
 
 namespace tessarix::detail {
 namespace {
@@ -36,6 +38,21 @@ bool PredefinedDerivatives(std::int32_t evaluation_code, const double* a, double
     return false;
   }
   return SucceedsWithoutFault([&] { row->derivatives(*row, a, Num(x), d); });
+}
+
+bool EvaluatePredefinedBlock(std::int32_t evaluation_code, const double* a, const double* x, std::int32_t n, double* y,
+                             double* d, std::int32_t stride) noexcept {
+  const ModelRow* row = RowOfCode(evaluation_code);
+  if (row == nullptr || n < 0) return false;
+  // Steps on operands that are not finite raise no flag: a block with such
+  // a parameter or point takes the checked routines.
+  if (!AllFinite(a + 1, row->parameter_count)) return false;
+  // The block is reached through the row's pointer, out of the compiler's
+  // sight, so none of its steps moves across the flag tests.
+  if (!FlagsCanBeWatched()) return false;
+  const FlagWatch watch;
+  const bool points_finite = row->block(*row, a, x, n, y, d, stride);
+  return points_finite && watch.Clean();
 }
 
 }  // namespace tessarix::detail

@@ -22,4 +22,13 @@ namespace tessarix::detail {
 // whose estimator works with two terms). Linear models give their term values.
 [[nodiscard]] bool PredefinedDerivatives(std::int32_t evaluation_code, const double* a, double x, double* d) noexcept;
 
+// Values and, when d is not null, derivatives at x[0..n-1]: y[r] and
+// d[r * stride + 1 ..]. The same arithmetic as the two routines above, step
+// for step, without a test per step: true when no step of the block failed
+// (every output is then what the routines above give); false when one may
+// have, and the caller then evaluates the points one by one through them to
+// find the failure. The caller's floating-point flags are kept.
+[[nodiscard]] bool EvaluatePredefinedBlock(std::int32_t evaluation_code, const double* a, const double* x,
+                                           std::int32_t n, double* y, double* d, std::int32_t stride) noexcept;
+
 }  // namespace tessarix::detail

@@ -62,12 +62,29 @@ class LanguageModel {
     }
   }
   // The block evaluator over rows of `width` values; the rows done.
-  std::int32_t Block(const std::vector<double>& points, std::int32_t width, std::vector<double>& y) {
+  std::int32_t Block(const std::vector<double>& points, std::int32_t width, std::vector<double>& y,
+                     bool vector_math = false) {
     const auto count = static_cast<std::int32_t>(points.size() / static_cast<std::size_t>(width));
     y.assign(static_cast<std::size_t>(count), -12345.0);
-    return model_.EvaluateBlock(parameters_.data(), points.data(), width, count, stats_, y.data());
+    return model_.EvaluateBlock(parameters_.data(), points.data(), width, count, stats_, y.data(), vector_math);
   }
   bool RunsByBlocks() { return model_.RunsByBlocks(); }
+  // The exact derivatives over rows of `width` values: y[r] and
+  // dyda[r * (parameters + 1) + l]; `ia` the fitted flags (one-based; empty:
+  // all fitted). False with the failing row and its kind.
+  bool Exact(const std::vector<double>& points, std::int32_t width, std::vector<double>& y, std::vector<double>& dyda,
+             std::int32_t& row, bool& in_derivatives, std::vector<std::int32_t> ia = {}, bool vector_math = false) {
+    const auto count = static_cast<std::int32_t>(points.size() / static_cast<std::size_t>(width));
+    const auto n = static_cast<std::int32_t>(parameters_.size()) - 1;
+    if (ia.empty()) ia.assign(parameters_.size(), 1);
+    y.assign(static_cast<std::size_t>(count), -12345.0);
+    dyda.assign(static_cast<std::size_t>(count) * parameters_.size(), -12345.0);
+    return model_.EvaluateBlockDerivatives(parameters_.data(), ia.data(), n, points.data(), width, count, stats_,
+                                           y.data(), dyda.data(), n + 1, row, in_derivatives, vector_math);
+  }
+  // Parameter l (one-based) for the numerical derivatives of tests.
+  double& Parameter(std::size_t l) { return parameters_[l]; }
+  std::size_t ParameterCount() const { return parameters_.size() - 1; }
 
   std::string Dump() const { return model_.Dump(); }
   std::int32_t Variables() const { return model_.IndependentVariables(); }

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "tessarix/core/internal/point_model.hpp"
+#include "tessarix/foundation/enums.hpp"
 #include "tessarix/foundation/fault.hpp"
 #include "tessarix/language/data_statistics.hpp"
 #include "tessarix/language/text_model.hpp"
@@ -19,8 +20,12 @@
 namespace tessarix::detail {
 
 // A user model: the compiled text with the data words of the run. Its
-// parameter derivatives are numerical.
-std::unique_ptr<PointModel> MakeTextKind(TextModel& text, const DataStatistics& words);
+// parameter derivatives are numerical, or exact when `method` (the object's
+// setting, read at each evaluation) asks for them and the program runs by
+// blocks; `vector_math` (read at each evaluation) picks the vector routines
+// for the points that run by blocks.
+std::unique_ptr<PointModel> MakeTextKind(TextModel& text, const DataStatistics& words,
+                                         const DerivativeMethodEnum& method, const bool& vector_math);
 
 // A pre-defined model of the catalogue: the formula and analytic derivatives
 // of an evaluation code, and its least-squares starting values.

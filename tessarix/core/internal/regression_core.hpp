@@ -60,6 +60,10 @@ struct MarquardtState {
   std::vector<double> block_values;
   std::vector<double> block_derivatives;
   std::int32_t block_stride = 0;
+  // The sums of the normal equations while a block is added without a test
+  // per step: the lower triangle row by row, the gradient, the merit. Grows
+  // on the first pass of a run and no more.
+  std::vector<double> block_sums;
 };
 
 // The run's view of a regression class's model.
@@ -105,6 +109,10 @@ struct RegressionCore {
   std::int32_t max_unchanged_iterations = 10;
   double regression_tolerance = 1e-10;  // a percentage
   SolverMethodEnum solver_method = tsxSolverMarquardt;
+  // Extension: the parameter derivatives of a text model.
+  DerivativeMethodEnum derivative_method = tsxDerivativeNumerical;
+  // Extension: the vector routines for the text models that run by blocks.
+  bool vector_math = false;
   // Extensions: threads of a pass over the data (results do not depend on
   // them), and whether the host's per-point events may run on several.
   std::int32_t threads = 1;

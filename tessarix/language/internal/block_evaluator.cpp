@@ -7,6 +7,7 @@
 
 #include "tessarix/language/internal/evaluator.hpp"
 #include "tessarix/language/internal/evaluator_steps.hpp"
+#include "tessarix/language/internal/vector_math.hpp"
 #include "tessarix/numerics/power.hpp"
 #include "tessarix/platform/rounding.hpp"
 
@@ -130,6 +131,19 @@ inline void WithColumn(double* a, const double* points, std::int32_t width, std:
     check[i] += r * 0.0;
   }
 }
+// The vector form of exp, ln, sin or cos on a row, checked like Map; ln
+// fails outside its domain as the scalar step does.
+inline void VectorMap(VectorFunction f, double* top, double* check) {
+  double argument[kLanes];
+  if (f == VectorFunction::Log) {
+    for (std::int32_t i = 0; i < kLanes; ++i) argument[i] = top[i];
+  }
+  ApplyVector(f, top, kLanes);
+  for (std::int32_t i = 0; i < kLanes; ++i) {
+    if (f == VectorFunction::Log && !(argument[i] > 0.0)) top[i] = steps::kFailed;
+    check[i] += top[i] * 0.0;
+  }
+}
 inline void Fill(double* row, double v) {
   for (std::int32_t i = 0; i < kLanes; ++i) row[i] = v;
 }
@@ -142,7 +156,7 @@ inline void Column(double* row, const double* points, std::int32_t width, std::i
 // The lanes of an operation compute exactly the expressions of the evaluator
 // point by point, so each lane's bits are those of that evaluator.
 bool RunBlock(const ModelProgram& program, const Lanes& lanes, const double* parameters, const double* points,
-              std::int32_t width, const DataStatistics& stats) {
+              std::int32_t width, const DataStatistics& stats, bool vector_math) {
   // The open conditionals: depth, and the "endif" record of each.
   std::int32_t depth = 0;
   std::int32_t endif_at[kMaxNesting];
@@ -244,6 +258,14 @@ bool RunBlock(const ModelProgram& program, const Lanes& lanes, const double* par
       case Instr::Cos:
       case Instr::Call1:
         if (top == nullptr) return false;
+        if (vector_math && in.op != Instr::Sqrt && in.op != Instr::Call1) {
+          VectorMap(in.op == Instr::Exp   ? VectorFunction::Exp
+                    : in.op == Instr::Ln  ? VectorFunction::Log
+                    : in.op == Instr::Sin ? VectorFunction::Sin
+                                          : VectorFunction::Cos,
+                    top, check);
+          break;
+        }
         switch (in.op) {
           case Instr::Exp:
             Map(top, check, [](double v) { return std::exp(v); });
@@ -386,7 +408,14 @@ bool RunBlock(const ModelProgram& program, const Lanes& lanes, const double* par
     }
     ++pc;
   }
-  if (sp != 0 || depth != 0) return false;
+  if (sp < 0 || depth != 0) return false;
+  // The records of earlier definitions on the object leave their values
+  // below: the result is the top, as point by point.
+  if (sp > 0) {
+    const double* result = lanes.Row(sp);
+    double* first = lanes.Row(0);
+    for (std::int32_t i = 0; i < kLanes; ++i) first[i] = result[i];
+  }
   double total = 0.0;
   for (std::int32_t i = 0; i < kLanes; ++i) total += check[i];
   return total == 0.0;
@@ -408,7 +437,8 @@ std::int32_t ReplayRows(const ModelProgram& program, EvaluationScratch& scratch,
 
 std::int32_t EvaluateProgramBlock(const ModelProgram& program, const BlockPlan& plan, EvaluationScratch& scratch,
                                   const double* parameters, const double* points, std::int32_t width,
-                                  std::int32_t count, const DataStatistics& stats, double* y) noexcept {
+                                  std::int32_t count, const DataStatistics& stats, double* y,
+                                  bool vector_math) noexcept {
   if (count <= 0) return 0;
   if (!plan.usable || width < program.point_size || width < 1) {
     return ReplayRows(program, scratch, parameters, points, width, count, stats, y);
@@ -443,7 +473,7 @@ std::int32_t EvaluateProgramBlock(const ModelProgram& program, const BlockPlan& 
     }
     bool ok = false;
     try {
-      ok = RunBlock(program, lanes, parameters, block_points, width, stats);
+      ok = RunBlock(program, lanes, parameters, block_points, width, stats, vector_math);
     } catch (...) {
       ok = false;
     }

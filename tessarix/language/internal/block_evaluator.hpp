@@ -32,9 +32,15 @@ struct BlockPlan {
 // failure, the failing row and the saved values afterwards are exactly those
 // of EvaluateProgram called row by row; a block in which any check fails is
 // replayed row by row to find the row. Never throws.
+//
+// `vector_math` computes exp, ln, sin and cos of full blocks with the vector
+// routines of vector_math.hpp: the values then differ from the scalar path
+// by the bound stated there (a block replayed row by row, the one with a
+// failure, keeps the scalar values); the failures stay where they are.
 [[nodiscard]] std::int32_t EvaluateProgramBlock(const ModelProgram& program, const BlockPlan& plan,
                                                 EvaluationScratch& scratch, const double* parameters,
                                                 const double* points, std::int32_t width, std::int32_t count,
-                                                const DataStatistics& stats, double* y) noexcept;
+                                                const DataStatistics& stats, double* y,
+                                                bool vector_math = false) noexcept;
 
 }  // namespace tessarix::detail

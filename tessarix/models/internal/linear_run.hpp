@@ -5,7 +5,7 @@
 // computed as the model language computes it ("b*x*log(x)" is (b*x)*log(x),
 // "c/x^2" is c/x^2, not c*(1/x^2)).
 //
-// Included by model_catalogue.cpp and linear_families.cpp only.
+// Included by model_catalogue.cpp only.
 #pragma once
 
 #include <array>
@@ -13,6 +13,7 @@
 #include <string_view>
 
 #include "tessarix/models/internal/model_row.hpp"
+#include "tessarix/numerics/power.hpp"
 
 namespace tessarix::detail {
 
@@ -96,12 +97,70 @@ constexpr std::array<TermRecipe, kRunTerms.size()> BuildRecipes() {
 
 inline constexpr std::array<TermRecipe, kRunTerms.size()> kRunRecipes = BuildRecipes();
 
+template <class N>
+N RunFactorValue(TermFactor factor, N x) {
+  switch (factor) {
+    case TermFactor::X:
+      return x;
+    case TermFactor::LogX:
+      return log(x);
+    case TermFactor::SqrtX:
+      return Power(x, 0.5);
+    case TermFactor::X1_5:
+      return Power(x, 1.5);
+    case TermFactor::X2:
+      return Power(x, 2.0);
+    case TermFactor::X2_5:
+      return Power(x, 2.5);
+    case TermFactor::X3:
+      return Power(x, 3.0);
+    case TermFactor::LogXSq:
+      return Power(log(x), 2.0);
+    case TermFactor::ExpX:
+      return exp(x);
+    case TermFactor::ExpMinusX:
+      return exp(-x);
+  }
+  return x;  // not reached: the switch names every factor
+}
+
+template <class N>
+N RunJoin(N left, TermJoin join, N right) {
+  return join == TermJoin::Times ? left * right : left / right;
+}
+
 // coefficient times term `term` at x, in the order of the text. With
 // coefficient 1 it is the term's value, the derivative by the coefficient.
-Num ApplyRunTerm(Num coefficient, std::int32_t term, Num x);
+template <class N>
+N ApplyRunTerm(N coefficient, std::int32_t term, N x) {
+  const TermRecipe& t = kRunRecipes[static_cast<std::size_t>(term)];
+  N v = RunJoin(coefficient, t.join1, RunFactorValue(t.factor1, x));
+  if (t.has_second) {
+    v = RunJoin(v, t.join2, RunFactorValue(t.factor2, x));
+  }
+  return v;
+}
 
-Num RunValue(const ModelRow& row, const double* p, Num x);
-void RunDerivatives(const ModelRow& row, const double* p, Num x, double* d);
+struct RunFormulas {
+  template <class N>
+  static N Value(const ModelRow& row, const double* p, N x) {
+    N v = N(p[1]) + ApplyRunTerm(N(p[2]), row.run_terms[0], x);
+    if (row.run_terms[1] != 0) {
+      v = v + ApplyRunTerm(N(p[3]), row.run_terms[1], x);
+    }
+    return v;
+  }
+
+  // The term values, with 1 for `a`: no parameter is read.
+  template <class N>
+  static void Derivatives(const ModelRow& row, const double* /*p*/, N x, double* d) {
+    d[1] = 1.0;
+    d[2] = ApplyRunTerm(N(1.0), row.run_terms[0], x).value();
+    if (row.run_terms[1] != 0) {
+      d[3] = ApplyRunTerm(N(1.0), row.run_terms[1], x).value();
+    }
+  }
+};
 
 // ---- the rule ------------------------------------------------------------------
 
@@ -177,8 +236,9 @@ constexpr std::array<ModelRow, kRunSize> RunRows() {
     row.entry.file_label = row.entry.definition;
     row.entry.estimate_term_count = EstimateTermCount(kLinearInParameters, row.parameter_count);
     row.entry.evaluation_code = row.id + kRunCodeOffset;
-    row.value = &RunValue;
-    row.derivatives = &RunDerivatives;
+    row.value = &CheckedValue<RunFormulas>;
+    row.derivatives = &CheckedDerivatives<RunFormulas>;
+    row.block = &FlaggedBlock<RunFormulas>;
     row.estimate = kLinearInParameters;
     row.run_terms = kRunPairs[k];
   }

@@ -11,12 +11,15 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 #include <type_traits>
 
+#include "tessarix/models/internal/flagged_num.hpp"
 #include "tessarix/models/model_catalogue.hpp"
 #include "tessarix/platform/checked.hpp"
+#include "tessarix/platform/float_flags.hpp"
 
 namespace tessarix::detail {
 
@@ -28,6 +31,14 @@ struct ModelRow;
 // members of a family (it reads their parameter count and terms).
 using ValueFormula = Num (*)(const ModelRow& row, const double* p, Num x);
 using DerivativeFormula = void (*)(const ModelRow& row, const double* p, Num x, double* d);
+// Values and, when d is not null, derivatives of n points x[0..n-1] on
+// FlaggedNum: y[r] and d[r * stride + l]. A failed step leaves its flag set;
+// false when a point is not finite (the steps on it raise nothing).
+using BlockFormula = bool (*)(const ModelRow& row, const double* p, const double* x, std::int32_t n, double* y,
+                              double* d, std::int32_t stride);
+
+// The most parameters of a row (the tenth order polynomial).
+inline constexpr std::int32_t kMostRowParameters = 11;
 
 // ---- the vocabulary of the estimate rules ---------------------------------
 
@@ -103,6 +114,7 @@ struct ModelRow {
   std::int32_t parameter_count = 0;
   ValueFormula value = nullptr;
   DerivativeFormula derivatives = nullptr;
+  BlockFormula block = nullptr;
   EstimateRule estimate;
   // Members of the run of IDs 75 to 298: the positions of the terms of b and
   // c in the 21-term list (c's is 0 for the two-parameter models).
@@ -129,21 +141,56 @@ constexpr std::int32_t EstimateTermCount(const EstimateRule& rule, std::int32_t 
 // denominators are formed from the reciprocal (y*y rather than 1/u^2) so that
 // a large denominator does not overflow where the derivative itself is small.
 
-template <class Value>
-Num WrittenValue(const ModelRow& /*row*/, const double* p, Num x) {
-  static_assert(std::is_same_v<decltype(Value{}(p, x)), Num>, "a formula computes on Num, step by step");
-  return Value{}(p, x);
+// The formulas of a row as templates on the number type: Num for the checked
+// routines, FlaggedNum for the block. Formulas has static member templates
+// Value(row, p, x) -> N and Derivatives(row, p, x, d).
+template <class Formulas>
+Num CheckedValue(const ModelRow& row, const double* p, Num x) {
+  return Formulas::Value(row, p, x);
 }
 
-template <class Derivatives>
-void WrittenDerivatives(const ModelRow& /*row*/, const double* p, Num x, double* d) {
-  Derivatives{}(p, x, d);
+template <class Formulas>
+void CheckedDerivatives(const ModelRow& row, const double* p, Num x, double* d) {
+  Formulas::Derivatives(row, p, x, d);
 }
+
+// The same formulas over a block, point after point. The parameters are
+// copied first: the outputs cannot alias a local copy, so the compiler may
+// share a step of the value with the same step of the derivatives.
+template <class Formulas>
+[[gnu::noinline]] bool FlaggedBlock(const ModelRow& row, const double* p, const double* x, std::int32_t n, double* y,
+                                    double* d, std::int32_t stride) {
+  std::array<double, kMostRowParameters + 1> q{};
+  for (std::int32_t l = 1; l <= row.parameter_count && l <= kMostRowParameters; ++l) {
+    q[static_cast<std::size_t>(l)] = p[l];
+  }
+  FiniteTally points;
+  for (std::int32_t r = 0; r < n; ++r) {
+    const FlaggedNum xr = x[r];
+    points.Add(x[r]);
+    y[r] = Formulas::Value(row, q.data(), xr).value();
+    if (d != nullptr) Formulas::Derivatives(row, q.data(), xr, d + static_cast<std::ptrdiff_t>(r) * stride);
+  }
+  return points.AllFinite();
+}
+
+template <class ValueLambda, class DerivativeLambda>
+struct WrittenFormulas {
+  template <class N>
+  static N Value(const ModelRow& /*row*/, const double* p, N x) {
+    static_assert(std::is_same_v<decltype(ValueLambda{}(p, x)), N>, "a formula computes on its number type");
+    return ValueLambda{}(p, x);
+  }
+  template <class N>
+  static void Derivatives(const ModelRow& /*row*/, const double* p, N x, double* d) {
+    DerivativeLambda{}(p, x, d);
+  }
+};
 
 // A row written out: ID, evaluation code, definition, description, number of
 // parameters, value, derivatives, estimate rule. value and derivatives are
-// lambdas without captures: (const double* p, Num x) -> Num and
-// (const double* p, Num x, double* d).
+// template lambdas without captures on the number type N:
+// (const double* p, N x) -> N and (const double* p, N x, double* d).
 template <class Value, class Derivatives>
 constexpr ModelRow Written(std::int32_t id, std::int32_t code, std::string_view definition,
                            std::string_view description, std::int32_t parameters, Value /*value*/,
@@ -152,8 +199,10 @@ constexpr ModelRow Written(std::int32_t id, std::int32_t code, std::string_view 
   row.id = id;
   row.entry = {definition, description, definition, EstimateTermCount(estimate, parameters), code};
   row.parameter_count = parameters;
-  row.value = &WrittenValue<Value>;
-  row.derivatives = &WrittenDerivatives<Derivatives>;
+  using Formulas = WrittenFormulas<Value, Derivatives>;
+  row.value = &CheckedValue<Formulas>;
+  row.derivatives = &CheckedDerivatives<Formulas>;
+  row.block = &FlaggedBlock<Formulas>;
   row.estimate = estimate;
   return row;
 }

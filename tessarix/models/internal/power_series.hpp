@@ -8,7 +8,7 @@
 // nest from the last coefficient, ((d*L+c)*L+b)*L+a with L = log(x), and by
 // division for the inverse ones, ((d/x+c)/x+b)/x+a.
 //
-// Included by model_catalogue.cpp and linear_families.cpp only.
+// Included by model_catalogue.cpp only.
 #pragma once
 
 #include <array>
@@ -16,6 +16,7 @@
 #include <string_view>
 
 #include "tessarix/models/internal/model_row.hpp"
+#include "tessarix/numerics/power.hpp"
 
 namespace tessarix::detail {
 
@@ -27,13 +28,39 @@ struct SeriesForm {
   bool highest_first = false;
 };
 
+// Coefficient of the power k (0 for the constant) among n parameters.
+template <SeriesForm kForm>
+constexpr std::int32_t CoefficientOfPower(std::int32_t k, std::int32_t n) {
+  return kForm.highest_first ? n - k : k + 1;
+}
+
 // The value and the derivatives (the terms themselves: 1, the base, and higher
-// powers through the power routine) of every member of a family of this form;
-// linear_families.cpp holds them for the forms below.
+// powers through the power routine) of every member of a family of this form.
 template <SeriesForm kForm>
-Num SeriesValue(const ModelRow& row, const double* p, Num x);
-template <SeriesForm kForm>
-void SeriesDerivatives(const ModelRow& row, const double* p, Num x, double* d);
+struct SeriesFormulas {
+  template <class N>
+  static N Value(const ModelRow& row, const double* p, N x) {
+    const std::int32_t n = row.parameter_count;
+    const N base = kForm.in_log ? log(x) : x;
+    N v = p[CoefficientOfPower<kForm>(n - 1, n)];
+    for (std::int32_t k = n - 2; k >= 0; --k) {
+      v = (kForm.divide ? v / base : v * base) + p[CoefficientOfPower<kForm>(k, n)];
+    }
+    return v;
+  }
+
+  template <class N>
+  static void Derivatives(const ModelRow& row, const double* /*p*/, N x, double* d) {
+    const std::int32_t n = row.parameter_count;
+    const N base = kForm.in_log ? log(x) : x;
+    d[CoefficientOfPower<kForm>(0, n)] = 1.0;
+    d[CoefficientOfPower<kForm>(1, n)] = (kForm.divide ? 1.0 / base : base).value();
+    for (std::int32_t k = 2; k < n; ++k) {
+      const N power = Power(base, static_cast<double>(k));
+      d[CoefficientOfPower<kForm>(k, n)] = (kForm.divide ? 1.0 / power : power).value();
+    }
+  }
+};
 
 // A family: members of degree 1 to `degrees` from `first_id` and `first_code`
 // on. The description is "<Ordinal> Order <name>", with `first_note` added to
@@ -50,15 +77,24 @@ struct SeriesFamily {
   SeriesForm form;
   ValueFormula value;
   DerivativeFormula derivatives;
+  BlockFormula block;
 };
 
 template <SeriesForm kForm>
 constexpr SeriesFamily MakeSeriesFamily(std::int32_t first_id, std::int32_t first_code, std::int32_t degrees,
                                         std::string_view name, std::string_view first_note,
                                         std::int32_t first_labelled_degree) {
-  return {first_id, first_code,          degrees,
-          name,     first_note,          first_labelled_degree,
-          kForm,    &SeriesValue<kForm>, &SeriesDerivatives<kForm>};
+  using Formulas = SeriesFormulas<kForm>;
+  return {first_id,
+          first_code,
+          degrees,
+          name,
+          first_note,
+          first_labelled_degree,
+          kForm,
+          &CheckedValue<Formulas>,
+          &CheckedDerivatives<Formulas>,
+          &FlaggedBlock<Formulas>};
 }
 
 inline constexpr SeriesForm kPolynomial{.in_log = false, .divide = false, .highest_first = true};
@@ -150,6 +186,7 @@ constexpr std::array<ModelRow, kSeriesModelCount> SeriesRows() {
       row.entry.evaluation_code = family.first_code + degree - 1;
       row.value = family.value;
       row.derivatives = family.derivatives;
+      row.block = family.block;
       row.estimate = kLinearInParameters;
     }
   }

@@ -1,0 +1,674 @@
+#include "tessarix/language/internal/derivative_evaluator.hpp"
+
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+#include "tessarix/language/internal/evaluator.hpp"
+#include "tessarix/language/internal/evaluator_steps.hpp"
+#include "tessarix/language/internal/vector_math.hpp"
+#include "tessarix/numerics/extrapolated_derivative.hpp"
+#include "tessarix/numerics/power.hpp"
+#include "tessarix/platform/rounding.hpp"
+
+namespace tessarix::detail {
+
+DerivativePlan PlanDerivatives(const ModelProgram& program) {
+  DerivativePlan plan;
+  plan.rows.assign(static_cast<std::size_t>(program.code_length) + 1, nullptr);
+  const auto rows = FunctionRows();
+  for (std::int32_t pc = 1; pc <= program.code_length; ++pc) {
+    const Instruction& in = program.code[static_cast<std::size_t>(pc)];
+    if (in.op != Instr::Call1 && in.op != Instr::Call2 && in.op != Instr::Call3) continue;
+    // Words that share a routine ("log" and "ln", "igammac" and "poisson")
+    // share their rule too, so the first row with the routine will do.
+    for (const FunctionRow& row : rows) {
+      if ((in.op == Instr::Call1 && row.f1 == in.f1 && row.f1 != nullptr) ||
+          (in.op == Instr::Call2 && row.f2 == in.f2 && row.f2 != nullptr) ||
+          (in.op == Instr::Call3 && row.f3 == in.f3 && row.f3 != nullptr)) {
+        plan.rows[static_cast<std::size_t>(pc)] = &row;
+        break;
+      }
+    }
+  }
+  return plan;
+}
+
+namespace {
+
+constexpr std::int32_t kLanes = kBlockLanes;
+constexpr std::size_t kRow = static_cast<std::size_t>(kLanes);
+constexpr std::size_t kSavedRows = 10;
+constexpr std::int32_t kMaxNesting = 16;
+constexpr std::size_t kTemporaries = 6;
+
+// The rows of one block. Cell k of the stack has its value row and `p`
+// partial rows; a cell whose `depends` flag is 0 has partials that are all 0
+// and not stored.
+struct Dual {
+  double* values;
+  double* partials;
+  double* saved;
+  double* saved_partials;
+  double* check;
+  double* branches;
+  double* temporaries;
+  std::uint8_t* depends;        // the stack cells
+  std::uint8_t* saved_depends;  // the ten saved values
+  std::size_t p;
+
+  double* Value(std::int32_t k) const { return values + static_cast<std::size_t>(k) * kRow; }
+  double* Partial(std::int32_t k, std::size_t j) const {
+    return partials + (static_cast<std::size_t>(k) * p + j) * kRow;
+  }
+  double* Temporary(std::size_t t) const { return temporaries + t * kRow; }
+  std::uint8_t& Depends(std::int32_t k) const { return depends[k]; }
+};
+
+template <typename F>
+inline void Map(double* top, double* check, F f) {
+  for (std::int32_t i = 0; i < kLanes; ++i) {
+    const double r = f(top[i]);
+    top[i] = r;
+    check[i] += r * 0.0;
+  }
+}
+template <typename F>
+inline void Zip(double* a, const double* b, double* check, F f) {
+  for (std::int32_t i = 0; i < kLanes; ++i) {
+    const double r = f(a[i], b[i]);
+    a[i] = r;
+    check[i] += r * 0.0;
+  }
+}
+inline void Copy(double* to, const double* from) {
+  for (std::int32_t i = 0; i < kLanes; ++i) to[i] = from[i];
+}
+inline void Fill(double* row, double v) {
+  for (std::int32_t i = 0; i < kLanes; ++i) row[i] = v;
+}
+
+// Cell k's partials all 0, stored.
+void ZeroPartials(const Dual& d, std::int32_t k) {
+  for (std::size_t j = 0; j < d.p; ++j) Fill(d.Partial(k, j), 0.0);
+  d.Depends(k) = 1;
+}
+// Cell k's partials times g, lane by lane.
+void Scale(const Dual& d, std::int32_t k, const double* g) {
+  for (std::size_t j = 0; j < d.p; ++j) {
+    double* row = d.Partial(k, j);
+    for (std::int32_t i = 0; i < kLanes; ++i) row[i] *= g[i];
+  }
+}
+// Cell a's partials = ga * a's + gb * b's (either factor row null: that
+// operand has no partials).
+void Combine(const Dual& d, std::int32_t a, const double* ga, std::int32_t b, const double* gb) {
+  const bool da = d.Depends(a) != 0 && ga != nullptr;
+  const bool db = d.Depends(b) != 0 && gb != nullptr;
+  for (std::size_t j = 0; j < d.p; ++j) {
+    double* out = d.Partial(a, j);
+    const double* pb = d.Partial(b, j);
+    for (std::int32_t i = 0; i < kLanes; ++i) {
+      const double left = da ? ga[i] * out[i] : 0.0;
+      out[i] = db ? left + gb[i] * pb[i] : left;
+    }
+  }
+  d.Depends(a) = (da || db) ? 1 : 0;
+}
+
+// The factor of a function word's argument `which`, lane by lane, into g.
+void WordFactors(const FunctionRow& row, std::int32_t which, const double* const* args, const double* f, double* g,
+                 Matrix1& table) {
+  const DerivativeRule& rule = RuleOf(row);
+  for (std::int32_t i = 0; i < kLanes; ++i) {
+    double at[3] = {args[0][i], row.arity > 1 ? args[1][i] : 0.0, row.arity > 2 ? args[2][i] : 0.0};
+    double out = 0.0;
+    g[i] = WordPartial(row, rule, which, at, f[i], table, out) ? out : steps::kFailed;
+  }
+}
+
+bool RunDual(const ModelProgram& program, const DerivativePlan& rules, const Dual& d, const double* parameters,
+             const std::int32_t* slot, const double* points, std::int32_t width, const DataStatistics& stats,
+             Matrix1& table, bool vector_math) {
+  using namespace steps;  // NOLINT(google-build-using-namespace): the shared steps
+  std::int32_t depth = 0;
+  std::int32_t endif_at[kMaxNesting];
+  const auto branch_row = [&](std::int32_t level, std::int32_t k) {
+    return d.branches + (static_cast<std::size_t>(level) * 3 + static_cast<std::size_t>(k)) * kRow;
+  };
+  const Instruction* code = program.code.data();
+  const std::int32_t length = program.code_length;
+  double* check = d.check;
+  Fill(check, 0.0);
+  double* ta = d.Temporary(0);
+  double* tb = d.Temporary(1);
+  double* tc = d.Temporary(2);
+  double* ga = d.Temporary(3);
+  double* gb = d.Temporary(4);
+  double* gc = d.Temporary(5);
+  const auto column = [&](double* row, std::int32_t c) {
+    for (std::int32_t i = 0; i < kLanes; ++i) row[i] = points[static_cast<std::ptrdiff_t>(i) * width + c];
+  };
+  // A pushed parameter: its own partial is 1.
+  const auto unit = [&](std::int32_t k, std::int32_t parameter) {
+    const std::int32_t s = slot[parameter];
+    d.Depends(k) = 0;
+    if (s < 0) return;
+    ZeroPartials(d, k);
+    Fill(d.Partial(k, static_cast<std::size_t>(s)), 1.0);
+  };
+  std::int32_t sp = -1;
+  std::int32_t pc = 1;
+  while (pc <= length) {
+    const Instruction& in = code[pc];
+    while (depth > 0 && endif_at[depth - 1] == pc) {
+      // Each lane keeps the value, the partials and the checks of its branch.
+      if (sp < 1) return false;
+      --depth;
+      const double* condition = branch_row(depth, 0);
+      const double* true_checks = branch_row(depth, 2);
+      const std::int32_t a = sp - 1;
+      if (d.Depends(a) != d.Depends(sp)) {
+        if (d.Depends(a) == 0) ZeroPartials(d, a);
+        if (d.Depends(sp) == 0) ZeroPartials(d, sp);
+      }
+      for (std::size_t j = 0; d.Depends(a) != 0 && j < d.p; ++j) {
+        double* chosen = d.Partial(a, j);
+        const double* other = d.Partial(sp, j);
+        for (std::int32_t i = 0; i < kLanes; ++i) chosen[i] = condition[i] == kTrue ? chosen[i] : other[i];
+      }
+      double* chosen = d.Value(a);
+      const double* other = d.Value(sp);
+      for (std::int32_t i = 0; i < kLanes; ++i) {
+        const bool taken = condition[i] == kTrue;
+        chosen[i] = taken ? chosen[i] : other[i];
+        check[i] = taken ? true_checks[i] : check[i];
+      }
+      --sp;
+    }
+    double* top = sp >= 0 ? d.Value(sp) : nullptr;
+    switch (in.op) {
+      case Instr::Skip:
+        break;
+      case Instr::If: {
+        if (top == nullptr || depth >= kMaxNesting) return false;
+        double* condition = branch_row(depth, 0);
+        double* before = branch_row(depth, 1);
+        Copy(condition, top);
+        Copy(before, check);
+        endif_at[depth] = code[in.b - 1].a;
+        ++depth;
+        --sp;
+        break;
+      }
+      case Instr::EndTrue: {
+        if (depth < 1) return false;
+        Copy(branch_row(depth - 1, 2), check);
+        Copy(check, branch_row(depth - 1, 1));
+        break;
+      }
+      case Instr::X:
+        column(d.Value(++sp), 0);
+        d.Depends(sp) = 0;
+        break;
+      case Instr::Variable:
+        column(d.Value(++sp), in.a);
+        d.Depends(sp) = 0;
+        break;
+      case Instr::Constant:
+        Fill(d.Value(++sp), in.value);
+        d.Depends(sp) = 0;
+        break;
+      case Instr::Parameter:
+        Fill(d.Value(++sp), parameters[in.a]);
+        unit(sp, in.a);
+        break;
+      case Instr::DataWord:
+        Fill(d.Value(++sp), stats.Lookup(static_cast<DataWord>(in.a), in.b));
+        d.Depends(sp) = 0;
+        break;
+      case Instr::Recall: {
+        ++sp;
+        const std::size_t k = static_cast<std::size_t>(in.a);
+        Copy(d.Value(sp), d.saved + k * kRow);
+        d.Depends(sp) = d.saved_depends[k];
+        for (std::size_t j = 0; d.Depends(sp) != 0 && j < d.p; ++j) {
+          Copy(d.Partial(sp, j), d.saved_partials + (k * d.p + j) * kRow);
+        }
+        break;
+      }
+      case Instr::Save: {
+        if (top == nullptr) return false;
+        const std::size_t k = static_cast<std::size_t>(in.a);
+        Copy(d.saved + k * kRow, top);
+        d.saved_depends[k] = d.Depends(sp);
+        for (std::size_t j = 0; d.Depends(sp) != 0 && j < d.p; ++j) {
+          Copy(d.saved_partials + (k * d.p + j) * kRow, d.Partial(sp, j));
+        }
+        break;
+      }
+      case Instr::Negate:
+        if (top == nullptr) return false;
+        for (std::int32_t i = 0; i < kLanes; ++i) top[i] = -top[i];
+        for (std::size_t j = 0; d.Depends(sp) != 0 && j < d.p; ++j) {
+          double* row = d.Partial(sp, j);
+          for (std::int32_t i = 0; i < kLanes; ++i) row[i] = -row[i];
+        }
+        break;
+      case Instr::Not:
+        if (top == nullptr) return false;
+        for (std::int32_t i = 0; i < kLanes; ++i) top[i] = static_cast<double>(~RoundToInt32(top[i]));
+        d.Depends(sp) = 0;
+        break;
+      case Instr::Exp:
+      case Instr::Ln:
+      case Instr::Sqrt:
+      case Instr::Sin:
+      case Instr::Cos:
+      case Instr::Call1: {
+        if (top == nullptr) return false;
+        const bool depends = d.Depends(sp) != 0;
+        if (depends || (vector_math && in.op == Instr::Ln)) Copy(ta, top);
+        if (vector_math && in.op != Instr::Sqrt && in.op != Instr::Call1) {
+          // The vector routines, for the values and the factors alike.
+          const VectorFunction f = in.op == Instr::Exp   ? VectorFunction::Exp
+                                   : in.op == Instr::Ln  ? VectorFunction::Log
+                                   : in.op == Instr::Sin ? VectorFunction::Sin
+                                                         : VectorFunction::Cos;
+          ApplyVector(f, top, kLanes);
+          for (std::int32_t i = 0; i < kLanes; ++i) {
+            if (f == VectorFunction::Log && !(ta[i] > 0.0)) top[i] = kFailed;
+            check[i] += top[i] * 0.0;
+          }
+          if (depends) {
+            if (f == VectorFunction::Exp) Copy(ga, top);
+            if (f == VectorFunction::Log) {
+              for (std::int32_t i = 0; i < kLanes; ++i) ga[i] = 1.0 / ta[i];
+            }
+            if (f == VectorFunction::Sin || f == VectorFunction::Cos) {
+              Copy(ga, ta);
+              ApplyVector(f == VectorFunction::Sin ? VectorFunction::Cos : VectorFunction::Sin, ga, kLanes);
+              if (f == VectorFunction::Cos) {
+                for (std::int32_t i = 0; i < kLanes; ++i) ga[i] = -ga[i];
+              }
+            }
+            Scale(d, sp, ga);
+          }
+          break;
+        }
+        switch (in.op) {
+          case Instr::Exp:
+            Map(top, check, [](double v) { return std::exp(v); });
+            if (depends) Copy(ga, top);
+            break;
+          case Instr::Ln:
+            Map(top, check, [](double v) { return v > 0.0 ? std::log(v) : kFailed; });
+            for (std::int32_t i = 0; depends && i < kLanes; ++i) ga[i] = 1.0 / ta[i];
+            break;
+          case Instr::Sqrt:
+            Map(top, check, [](double v) { return v >= 0.0 ? std::sqrt(v) : kFailed; });
+            for (std::int32_t i = 0; depends && i < kLanes; ++i) ga[i] = 0.5 / top[i];
+            break;
+          case Instr::Sin:
+            Map(top, check, [](double v) { return std::sin(v); });
+            for (std::int32_t i = 0; depends && i < kLanes; ++i) ga[i] = std::cos(ta[i]);
+            break;
+          case Instr::Cos:
+            Map(top, check, [](double v) { return std::cos(v); });
+            for (std::int32_t i = 0; depends && i < kLanes; ++i) ga[i] = -std::sin(ta[i]);
+            break;
+          default: {
+            const Function1 f = in.f1;
+            Map(top, check, [f](double v) { return f(v); });
+            const FunctionRow* row = rules.rows[static_cast<std::size_t>(pc)];
+            if (row == nullptr) return false;
+            if (depends && RuleOf(*row).kinds[0] == PartialKind::Zero) {
+              d.Depends(sp) = 0;
+            } else if (depends) {
+              const double* args[1] = {ta};
+              WordFactors(*row, 0, args, top, ga, table);
+            }
+            break;
+          }
+        }
+        if (d.Depends(sp) != 0) Scale(d, sp, ga);
+        break;
+      }
+      case Instr::Call2:
+      case Instr::Call3: {
+        const std::int32_t arity = in.op == Instr::Call2 ? 2 : 3;
+        if (sp < arity - 1) return false;
+        sp -= arity - 1;
+        const FunctionRow* row = rules.rows[static_cast<std::size_t>(pc)];
+        if (row == nullptr) return false;
+        double* copies[3] = {ta, tb, tc};
+        double* factors[3] = {ga, gb, gc};
+        bool any = false;
+        for (std::int32_t k = 0; k < arity; ++k) {
+          Copy(copies[k], d.Value(sp + k));
+          any = any || d.Depends(sp + k) != 0;
+        }
+        double* a = d.Value(sp);
+        if (arity == 2) {
+          const Function2 f = in.f2;
+          Zip(a, d.Value(sp + 1), check, [f](double u, double v) { return f(u, v); });
+        } else {
+          const double* b = d.Value(sp + 1);
+          const double* c = d.Value(sp + 2);
+          for (std::int32_t i = 0; i < kLanes; ++i) {
+            const double r = in.f3(a[i], b[i], c[i]);
+            a[i] = r;
+            check[i] += r * 0.0;
+          }
+        }
+        if (!any) {
+          d.Depends(sp) = 0;
+          break;
+        }
+        const double* args[3] = {ta, tb, tc};
+        const DerivativeRule& rule = RuleOf(*row);
+        bool moved[3] = {false, false, false};
+        for (std::int32_t k = 0; k < arity; ++k) {
+          moved[k] = d.Depends(sp + k) != 0 && rule.kinds[static_cast<std::size_t>(k)] != PartialKind::Zero;
+          if (moved[k]) WordFactors(*row, k, args, a, factors[k], table);
+        }
+        // The first argument's cell receives the sum of the chain rule.
+        Combine(d, sp, moved[0] ? ga : nullptr, sp + 1, moved[1] ? gb : nullptr);
+        if (arity == 3 && moved[2]) {
+          if (d.Depends(sp) == 0) ZeroPartials(d, sp);
+          for (std::size_t j = 0; j < d.p; ++j) {
+            double* out = d.Partial(sp, j);
+            const double* pc3 = d.Partial(sp + 2, j);
+            for (std::int32_t i = 0; i < kLanes; ++i) out[i] += gc[i] * pc3[i];
+          }
+        }
+        break;
+      }
+      case Instr::AddX:
+      case Instr::SubtractX:
+      case Instr::MultiplyX:
+      case Instr::DivideX:
+      case Instr::AddParameter:
+      case Instr::SubtractParameter:
+      case Instr::MultiplyParameter:
+      case Instr::DivideParameter:
+      case Instr::AddConstant:
+      case Instr::SubtractConstant:
+      case Instr::MultiplyConstant:
+      case Instr::DivideConstant: {
+        if (top == nullptr) return false;
+        const auto op = static_cast<std::int32_t>(in.op);
+        const std::int32_t form = (op - static_cast<std::int32_t>(Instr::AddX)) % 4;
+        const std::int32_t source = (op - static_cast<std::int32_t>(Instr::AddX)) / 4;
+        // The second operand as a row of the stack's next cell, which is free.
+        const std::int32_t b = sp + 1;
+        double* operand = d.Value(b);
+        if (source == 0) {
+          column(operand, 0);
+          d.Depends(b) = 0;
+        } else if (source == 1) {
+          Fill(operand, parameters[in.a]);
+          unit(b, in.a);
+        } else {
+          Fill(operand, in.value);
+          d.Depends(b) = 0;
+        }
+        const bool any = d.Depends(sp) != 0 || d.Depends(b) != 0;
+        if (any) Copy(ta, top);
+        if (form == 0) Zip(top, operand, check, [](double u, double v) { return u + v; });
+        if (form == 1) Zip(top, operand, check, [](double u, double v) { return u - v; });
+        if (form == 2) Zip(top, operand, check, [](double u, double v) { return u * v; });
+        if (form == 3) Zip(top, operand, check, [](double u, double v) { return Quotient(u, v); });
+        if (any) {
+          if (form == 0) Fill(ga, 1.0), Fill(gb, 1.0);
+          if (form == 1) Fill(ga, 1.0), Fill(gb, -1.0);
+          if (form == 2) Copy(ga, operand), Copy(gb, ta);
+          if (form == 3) {
+            for (std::int32_t i = 0; i < kLanes; ++i) {
+              ga[i] = 1.0 / operand[i];
+              gb[i] = -top[i] / operand[i];
+            }
+          }
+          Combine(d, sp, ga, b, gb);
+        }
+        pc += 2;
+        continue;
+      }
+      default: {
+        // The binary instructions.
+        if (sp < 1) return false;
+        --sp;
+        const std::int32_t b = sp + 1;
+        double* a = d.Value(sp);
+        const double* bv = d.Value(b);
+        const bool any = d.Depends(sp) != 0 || d.Depends(b) != 0;
+        if (any) Copy(ta, a);
+        bool flat = false;  // a result without partials
+        switch (in.op) {
+          case Instr::Add:
+            Zip(a, bv, check, [](double u, double v) { return u + v; });
+            if (any) Fill(ga, 1.0), Fill(gb, 1.0);
+            break;
+          case Instr::Subtract:
+            Zip(a, bv, check, [](double u, double v) { return u - v; });
+            if (any) Fill(ga, 1.0), Fill(gb, -1.0);
+            break;
+          case Instr::Multiply:
+            Zip(a, bv, check, [](double u, double v) { return u * v; });
+            if (any) Copy(ga, bv), Copy(gb, ta);
+            break;
+          case Instr::Divide:
+            Zip(a, bv, check, [](double u, double v) { return Quotient(u, v); });
+            for (std::int32_t i = 0; any && i < kLanes; ++i) {
+              ga[i] = 1.0 / bv[i];
+              gb[i] = -a[i] / bv[i];
+            }
+            break;
+          case Instr::Power:
+            Zip(a, bv, check, [](double u, double v) { return Power(u, v); });
+            for (std::int32_t i = 0; any && i < kLanes; ++i) {
+              const double u = ta[i], v = bv[i];
+              ga[i] = d.Depends(sp) != 0 ? (v == 0.0 ? 0.0 : v * std::pow(u, v - 1.0)) : 0.0;
+              // d(u^v)/dv = u^v ln u; at u = 0 (a positive power) the value
+              // stays 0 whichever way v moves.
+              gb[i] = d.Depends(b) != 0 ? (u == 0.0 && a[i] == 0.0 ? 0.0 : a[i] * std::log(u)) : 0.0;
+            }
+            break;
+          default:
+            flat = true;
+            switch (in.op) {
+              case Instr::IntDivide:
+                Zip(a, bv, check, [](double u, double v) { return IntDivide(u, v); });
+                break;
+              case Instr::Mod:
+                Zip(a, bv, check, [](double u, double v) { return Mod(u, v); });
+                break;
+              case Instr::Equal:
+                Zip(a, bv, check, [](double u, double v) { return Truth(u == v); });
+                break;
+              case Instr::Less:
+                Zip(a, bv, check, [](double u, double v) { return Truth(u < v); });
+                break;
+              case Instr::Greater:
+                Zip(a, bv, check, [](double u, double v) { return Truth(u > v); });
+                break;
+              case Instr::NotEqual:
+                Zip(a, bv, check, [](double u, double v) { return Truth(u != v); });
+                break;
+              case Instr::LessEqual:
+                Zip(a, bv, check, [](double u, double v) { return Truth(u <= v); });
+                break;
+              case Instr::GreaterEqual:
+                Zip(a, bv, check, [](double u, double v) { return Truth(u >= v); });
+                break;
+              case Instr::And:
+                Zip(a, bv, check,
+                    [](double u, double v) { return static_cast<double>(RoundToInt32(u) & RoundToInt32(v)); });
+                break;
+              case Instr::Or:
+                Zip(a, bv, check,
+                    [](double u, double v) { return static_cast<double>(RoundToInt32(u) | RoundToInt32(v)); });
+                break;
+              case Instr::Xor:
+                Zip(a, bv, check,
+                    [](double u, double v) { return static_cast<double>(RoundToInt32(u) ^ RoundToInt32(v)); });
+                break;
+              case Instr::Eqv:
+                Zip(a, bv, check,
+                    [](double u, double v) { return static_cast<double>(~(RoundToInt32(u) ^ RoundToInt32(v))); });
+                break;
+              case Instr::Imp:
+                Zip(a, bv, check,
+                    [](double u, double v) { return static_cast<double>(~RoundToInt32(u) | RoundToInt32(v)); });
+                break;
+              default:
+                return false;  // the plan admits no other instruction
+            }
+            break;
+        }
+        if (flat) {
+          d.Depends(sp) = 0;
+        } else if (any) {
+          Combine(d, sp, ga, b, gb);
+        }
+        break;
+      }
+    }
+    ++pc;
+  }
+  if (sp < 0 || depth != 0) return false;
+  // The records of earlier definitions on the object leave their values
+  // below: the result is the top, as point by point.
+  if (sp > 0) {
+    Copy(d.Value(0), d.Value(sp));
+    d.Depends(0) = d.Depends(sp);
+    for (std::size_t j = 0; d.Depends(0) != 0 && j < d.p; ++j) Copy(d.Partial(0, j), d.Partial(sp, j));
+  }
+  double total = 0.0;
+  for (std::int32_t i = 0; i < kLanes; ++i) total += check[i];
+  if (total != 0.0) return false;
+  for (std::size_t j = 0; d.Depends(0) != 0 && j < d.p; ++j) {
+    const double* row = d.Partial(0, j);
+    double sum = 0.0;
+    for (std::int32_t i = 0; i < kLanes; ++i) sum += row[i] * 0.0;
+    if (sum != 0.0) return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+bool EvaluateProgramDerivatives(const ModelProgram& program, const BlockPlan& plan, const DerivativePlan& rules,
+                                EvaluationScratch& scratch, DerivativeScratch& work, const double* parameters,
+                                const std::int32_t* ia, std::int32_t parameter_count, const double* points,
+                                std::int32_t width, std::int32_t count, const DataStatistics& stats, double* y,
+                                double* dyda, std::int32_t stride, DerivativeStop& stop, bool vector_math) noexcept {
+  if (count <= 0) return true;
+  const auto row_of = [&](std::int32_t r) { return points + static_cast<std::ptrdiff_t>(r) * width; };
+  const bool runs = plan.usable && width >= program.point_size && width >= 1 &&
+                    rules.rows.size() == static_cast<std::size_t>(program.code_length) + 1;
+  Dual d{};
+  double* padded = nullptr;
+  try {
+    work.slot.assign(static_cast<std::size_t>(parameter_count) + 1, -1);
+    std::size_t p = 0;
+    for (std::int32_t l = 1; l <= parameter_count; ++l) {
+      if (ia[l] != 0) work.slot[static_cast<std::size_t>(l)] = static_cast<std::int32_t>(p++);
+    }
+    // Parameters the program names beyond the count have no partials.
+    const std::size_t cells = program.stack_cells + 2;
+    const std::size_t rows =
+        cells * (1 + p) + kSavedRows * (1 + p) + 1 + 3 * static_cast<std::size_t>(kMaxNesting) + kTemporaries;
+    const std::size_t needed = rows * kRow + static_cast<std::size_t>(kLanes) * static_cast<std::size_t>(width);
+    if (work.rows.size() < needed) work.rows.assign(needed, 0.0);
+    if (work.depends.size() < cells + kSavedRows) work.depends.assign(cells + kSavedRows, 0);
+    if (work.table.Rows() < kDerivativeTableRows) work.table.Resize(kDerivativeTableRows, kDerivativeTableRows);
+    double* base = work.rows.data();
+    d.values = base;
+    d.partials = d.values + cells * kRow;
+    d.saved = d.partials + cells * p * kRow;
+    d.saved_partials = d.saved + kSavedRows * kRow;
+    d.check = d.saved_partials + kSavedRows * p * kRow;
+    d.branches = d.check + kRow;
+    d.temporaries = d.branches + 3 * static_cast<std::size_t>(kMaxNesting) * kRow;
+    d.depends = work.depends.data();
+    d.saved_depends = d.depends + cells;
+    d.p = p;
+    padded = d.temporaries + kTemporaries * kRow;
+  } catch (...) {
+    stop = {0, true};
+    return false;
+  }
+  // Parameter indices the program reads beyond parameter_count count as fixed.
+  std::vector<std::int32_t>& slot = work.slot;
+  const auto fixed_beyond = [&](const Instruction& in) {
+    return (in.op == Instr::Parameter || (in.op >= Instr::AddParameter && in.op <= Instr::DivideParameter)) &&
+           in.a > parameter_count;
+  };
+  for (std::int32_t pc = 1; runs && pc <= program.code_length; ++pc) {
+    if (fixed_beyond(program.code[static_cast<std::size_t>(pc)])) {
+      try {
+        slot.resize(static_cast<std::size_t>(program.code[static_cast<std::size_t>(pc)].a) + 1, -1);
+      } catch (...) {
+        stop = {0, true};
+        return false;
+      }
+    }
+  }
+  // Runs the pass on `n` rows at `block` (padded with copies of the last);
+  // false when a value check failed or a derivative is not finite.
+  const auto pass = [&](const double* block, std::int32_t n, bool vector) {
+    const double* lanes = block;
+    if (n < kLanes) {
+      for (std::int32_t i = 0; i < kLanes; ++i) {
+        const std::int32_t source = i < n ? i : n - 1;
+        for (std::int32_t j = 0; j < width; ++j) {
+          padded[static_cast<std::ptrdiff_t>(i) * width + j] = block[static_cast<std::ptrdiff_t>(source) * width + j];
+        }
+      }
+      lanes = padded;
+    }
+    try {
+      return RunDual(program, rules, d, parameters, slot.data(), lanes, width, stats, work.table, vector);
+    } catch (...) {
+      return false;
+    }
+  };
+  // Lane i of the last pass into row r of the results.
+  const auto store = [&](std::int32_t r, std::int32_t i, bool value) {
+    if (value) y[r] = d.values[i];
+    double* out = dyda + static_cast<std::ptrdiff_t>(r) * stride;
+    for (std::int32_t l = 1; l <= parameter_count; ++l) {
+      const std::int32_t s = slot[static_cast<std::size_t>(l)];
+      out[l] = s < 0 || d.depends[0] == 0 ? 0.0 : d.partials[static_cast<std::size_t>(s) * kRow + i];
+    }
+  };
+  for (std::int32_t first = 0; first < count; first += kLanes) {
+    const std::int32_t n = count - first < kLanes ? count - first : kLanes;
+    if (runs && pass(row_of(first), n, vector_math)) {
+      for (std::int32_t i = 0; i < n; ++i) store(first + i, i, true);
+      for (std::size_t k = 0; k < kSavedRows; ++k) {
+        if (plan.saves[k]) scratch.saved[k] = d.saved[k * kRow + static_cast<std::size_t>(n - 1)];
+      }
+      continue;
+    }
+    // Something failed in this block: row by row, the value as the
+    // evaluator point by point computes it, then the row's derivatives.
+    for (std::int32_t r = first; r < first + n; ++r) {
+      const std::span<const double> point(row_of(r), static_cast<std::size_t>(width));
+      if (!EvaluateProgram(program, scratch, parameters, point, stats, y[r])) {
+        stop = {r, false};
+        return false;
+      }
+      if (!runs || !pass(row_of(r), 1, false)) {
+        stop = {r, true};
+        return false;
+      }
+      store(r, 0, false);
+    }
+  }
+  return true;
+}
+
+}  // namespace tessarix::detail
