@@ -6,15 +6,17 @@
 // arrays, Variants or series of any shape and content: NaN, infinities,
 // huge and subnormal values, empty and mismatched lengths, strings, nested
 // arrays; the natural cubic spline takes the same points through its own
-// forms. Every input first gets a good fit, so that there are results a
-// failed fit could spoil. Promises checked:
+// forms; both save their result file. Every input first gets a good fit, so
+// that there are results a failed fit could spoil. Promises checked:
 //   - a form raises only its own catalogue errors, and then is not solved;
 //   - the caller's arrays, Variants and series are never changed;
 //   - a solved fit holds only finite statistics, parameters and tables, and
 //     its table holds the caller's observations;
 //   - a failed fit says why, has an empty table and leaves the estimates as
 //     the caller set them;
-//   - post-fit queries give finite values or their own errors.
+//   - post-fit queries give finite values or their own errors;
+//   - SaveTSF writes its file whole, or raises its own error and leaves the
+//     file there before as it was.
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
@@ -362,6 +364,31 @@ void Queries(NonlinearRegression& reg, Bytes& in) {
   }
 }
 
+// The result file of a regression or a spline, in a version picked by
+// `choice` (two good, two not) and now and then to a folder, which cannot be
+// written: it is written whole or not at all, the file there before staying
+// as it was. `choice` comes from what the input chose already, so that the
+// bytes keep the meaning they had before the result file was fuzzed (and the
+// inputs of past findings still replay what they found).
+template <class Object>
+void SaveResultFile(Object& object, std::uint32_t choice, std::initializer_list<ErrorCode> allowed) {
+  static constexpr std::int32_t kVersions[][2] = {{8, 0}, {7, 1}, {8, 1}, {6, 0}};
+  const auto& version = kVersions[choice % 4];
+  const bool to_folder = (choice / 4) % 8 == 7;
+  const std::string path = PrivateDir() + "/result.tsf";
+  const std::string before = "an earlier file";
+  WriteFile(path, before);
+  const std::int32_t error = AttemptExpecting(
+      "SaveTSF", allowed, [&] { object.SaveTSF(to_folder ? PrivateDir() : path, version[0], version[1]); });
+  const std::string after = ReadFile(path);
+  if (to_folder) TSX_FUZZ_CHECK(error != 0, "SaveTSF wrote to a folder");
+  if (error != 0 || to_folder) {
+    TSX_FUZZ_CHECK(after == before, "a failed SaveTSF changed the file");
+  } else {
+    TSX_FUZZ_CHECK(after != before && !after.empty(), "SaveTSF raised nothing and wrote nothing");
+  }
+}
+
 // The natural cubic spline: the same points through Fit, FitAlt or
 // FitCollection, then its cubics and queries inside the knots.
 void FitSpline(std::uint32_t form, const std::vector<double>& x, const std::vector<double>& y, const Variant& vx,
@@ -388,6 +415,9 @@ void FitSpline(std::uint32_t form, const std::vector<double>& x, const std::vect
                               ErrorCode::GeneralError},
                              [&] { spline.FitCollection(collection); });
   }
+  const std::initializer_list<ErrorCode> save_errors = {ErrorCode::ModelNotSolved, ErrorCode::UnsupportedTessaraVersion,
+                                                        ErrorCode::FileWriteError};
+  SaveResultFile(spline, static_cast<std::uint32_t>(x.size() + y.size()), save_errors);
   if (error != 0 || !spline.IsSolved()) {
     TSX_FUZZ_CHECK(!spline.IsSolved(), "a spline fit that raised left the spline solved");
     TSX_FUZZ_CHECK(spline.ResultTables()->Count() == 0, "a failed spline fit left a result table");
@@ -396,16 +426,26 @@ void FitSpline(std::uint32_t form, const std::vector<double>& x, const std::vect
   for (const auto& column : *spline.ResultTables()) RequireAllFinite(column->ExportToArray(), "spline table");
   const std::int32_t intervals = spline.NumIntervals();
   TSX_FUZZ_CHECK(intervals >= 2, "a solved spline of fewer than three knots");
+  // The end knots, from the end cubics; a cubic whose coefficients overflow
+  // raises 10001 and gives none.
   double first = 0.0, last = 0.0;
+  bool have_first = false, have_last = false;
   for (std::int32_t i = 1; i <= intervals; ++i) {
     AttemptExpecting("GetCubicByInterval", {ErrorCode::GeneralError}, [&] {
       const CubicInformation cubic = spline.GetCubicByInterval(i);
       for (double c : {cubic.a(), cubic.b(), cubic.c(), cubic.d()}) RequireFinite(c, "spline coefficient");
       TSX_FUZZ_CHECK(cubic.LowerBound() < cubic.UpperBound() && cubic.Interval() == i, "a cubic's interval");
-      if (i == 1) first = cubic.LowerBound();
-      if (i == intervals) last = cubic.UpperBound();
+      if (i == 1) {
+        first = cubic.LowerBound();
+        have_first = true;
+      }
+      if (i == intervals) {
+        last = cubic.UpperBound();
+        have_last = true;
+      }
     });
   }
+  if (!have_first || !have_last) return;
   RequireFinite(first, "first knot");
   RequireFinite(last, "last knot");
   // Points inside the knots, chosen by the input.
@@ -539,6 +579,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   // The spline takes the same points through its own forms.
   FitSpline(form, x, y, vx, vy, collection, in);
 
+  // The result file: a failed fit writes the model without a solution.
+  SaveResultFile(reg, form + n + ny + nsd,
+                 {ErrorCode::ModelNotDefined, ErrorCode::NotValidForExternalModels,
+                  ErrorCode::UnsupportedTessaraVersion, ErrorCode::FileWriteError});
   if (error != 0 || !reg.IsSolved()) {
     TSX_FUZZ_CHECK(!reg.IsSolved(), "a fit that raised left the object solved");
     TSX_FUZZ_CHECK(!reg.LastSolveError().empty() && reg.LastSolveError() != "No errors", "a failed fit says nothing");

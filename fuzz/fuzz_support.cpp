@@ -194,14 +194,25 @@ std::string Bytes::Rest() {
 
 namespace {
 
+// A memory-backed folder when there is one: every input writes and truncates
+// files, and on a disk file system each truncation of a written file waits for
+// its blocks (76 instead of thousands of inputs a second in number_format).
 std::string MakePrivateDir() {
-  const char* base = std::getenv("TMPDIR");
-  std::string pattern = (base != nullptr && *base != '\0') ? base : "/tmp";
-  pattern += "/tessarix-fuzz-XXXXXX";
-  std::vector<char> buffer(pattern.begin(), pattern.end());
-  buffer.push_back('\0');
-  if (mkdtemp(buffer.data()) == nullptr) Broken("cannot make a private folder", pattern);
-  return std::string(buffer.data());
+  std::vector<std::string> bases;
+  if (const char* chosen = std::getenv("TESSARIX_FUZZ_TMPDIR"); chosen != nullptr && *chosen != '\0') {
+    bases.emplace_back(chosen);
+  } else {
+    bases.emplace_back("/dev/shm");
+    if (const char* temp = std::getenv("TMPDIR"); temp != nullptr && *temp != '\0') bases.emplace_back(temp);
+    bases.emplace_back("/tmp");
+  }
+  for (const std::string& base : bases) {
+    std::string pattern = base + "/tessarix-fuzz-XXXXXX";
+    std::vector<char> buffer(pattern.begin(), pattern.end());
+    buffer.push_back('\0');
+    if (mkdtemp(buffer.data()) != nullptr) return std::string(buffer.data());
+  }
+  Broken("cannot make a private folder", bases.back());
 }
 
 }  // namespace

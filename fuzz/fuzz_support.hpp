@@ -117,8 +117,9 @@ class Bytes {
 
 // ---- files --------------------------------------------------------------------
 
-// A folder of this process alone, made on first use under TMPDIR (or /tmp)
-// and removed at exit. No trailing slash.
+// A folder of this process alone, made on first use and removed at exit:
+// under TESSARIX_FUZZ_TMPDIR when set, else the first of /dev/shm, TMPDIR and
+// /tmp where one can be made. No trailing slash.
 const std::string& PrivateDir();
 // Writes `bytes` to `path`, replacing the file.
 void WriteFile(const std::string& path, std::string_view bytes);

@@ -20,7 +20,7 @@ generate() {
   # Data words: the kDataWords array.
   sed -n '/kDataWords = {/,/};/p' "$root/tessarix/language/internal/symbol_table.cpp" |
     grep -oE '"[a-z]+"' | tr -d '"' | awk '{ printf "data_%s=\"%s\"\n", $1, $1 }'
-  for word in and or xor eqv imp mod not pi x F1 F2 F3 F4 F5 F6 F7 F8 F9; do
+  for word in and or xor eqv imp mod not pi x x1 x2 x3 x9 x10 x01 F1 F2 F3 F4 F5 F6 F7 F8 F9; do
     printf 'word_%s="%s"\n' "$word" "$word"
   done
   printf 'op_ne="<>"\nop_le="<="\nop_ge=">="\nop_intdiv="\\\\"\nop_pow="^"\n'

@@ -21,7 +21,7 @@ set -euo pipefail
 seconds=${1:-60}
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 build=${TESSARIX_FUZZ_BUILD:-$root/build-fuzz}
-targets=${TESSARIX_FUZZ_TARGETS:-model_text data_file number_format fit_inputs tool}
+targets=${TESSARIX_FUZZ_TARGETS:-model_text model_fit data_file number_format fit_inputs tool}
 niceness=${TESSARIX_FUZZ_NICE:-10}
 jobs=$(nproc 2>/dev/null || echo 2)
 
@@ -42,8 +42,16 @@ mkdir -p "$work/findings" "$work/tmp"
 max_len() {
   case "$1" in
     number_format) echo 512 ;;
-    model_text | fit_inputs) echo 1024 ;;
+    model_text | model_fit | fit_inputs) echo 1024 ;;
     *) echo 8192 ;;
+  esac
+}
+
+# model_fit reads the input of model_text: its seeds and dictionary.
+seeds_of() {
+  case "$1" in
+    model_fit) echo model_text ;;
+    *) echo "$1" ;;
   esac
 }
 
@@ -53,12 +61,13 @@ for target in $targets; do
   echo "== fuzzing $target for ${seconds}s"
   corpus=$work/corpus/$target
   mkdir -p "$corpus"
-  inputs=("$corpus" "$root/fuzz/corpus/$target")
+  seeds=$(seeds_of "$target")
+  inputs=("$corpus" "$root/fuzz/corpus/$seeds")
   [ -d "$root/fuzz/regressions/$target" ] && inputs+=("$root/fuzz/regressions/$target")
-  [ -d "$work/seeds/$target" ] && inputs+=("$work/seeds/$target")
+  [ -d "$work/seeds/$seeds" ] && inputs+=("$work/seeds/$seeds")
   options=(-max_total_time="$seconds" -timeout=25 -rss_limit_mb=2560 -max_len="$(max_len "$target")"
     -print_final_stats=1 -artifact_prefix="$work/findings/$target-")
-  [ -f "$root/fuzz/dictionaries/$target.dict" ] && options+=(-dict="$root/fuzz/dictionaries/$target.dict")
+  [ -f "$root/fuzz/dictionaries/$seeds.dict" ] && options+=(-dict="$root/fuzz/dictionaries/$seeds.dict")
   log=$work/$target.log
   status=0
   TMPDIR=$work/tmp ASAN_OPTIONS=detect_leaks=1:allocator_may_return_null=1 \

@@ -88,11 +88,13 @@ std::vector<Entry> RankAll(const std::vector<const PredefinedModelInfo*>& models
                            const Settings& settings, unsigned threads) {
   std::vector<Entry> results(models.size());
   std::atomic<std::size_t> next{0};
-  // Regression objects are independent: each thread owns one and takes the
-  // next model off a shared counter.
+  // Regression objects are independent: each thread takes the next model off
+  // a shared counter and fits it on an object of its own. A new object for
+  // every model: an object's compiled program keeps every model defined on
+  // it, and each definition reworks all of it.
   const auto worker = [&] {
-    Regression regression;
     for (std::size_t i = next++; i < models.size(); i = next++) {
+      Regression regression;
       results[i] = FitOne(regression, *models[i], x, settings);
     }
   };

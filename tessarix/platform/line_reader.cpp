@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstring>
 #include <memory>
 
@@ -14,6 +15,7 @@ namespace tessarix::detail {
 namespace {
 
 constexpr std::size_t kBufferSize = 1 << 20;
+constexpr std::size_t kSmallestBuffer = 4096;
 
 struct FileCloser {
   void operator()(std::FILE* f) const noexcept { std::fclose(f); }
@@ -24,7 +26,11 @@ using FilePtr = std::unique_ptr<std::FILE, FileCloser>;
 // (which Linux opens happily), and a device or FIFO, which may never end
 // (/dev/zero) or block the open itself (a FIFO without a writer; hence the
 // non-blocking open, cleared once the file is known to be regular).
-std::FILE* OpenForReading(const std::string& path) {
+// `buffer_size` receives the size of a read buffer fit for the file: the
+// whole file and one byte more, so that a small file takes one read, up to
+// 1 MiB. Most data files are small, and a 1 MiB buffer for each (zeroed,
+// and fresh pages every time) cost more than reading them.
+std::FILE* OpenForReading(const std::string& path, std::size_t* buffer_size = nullptr) {
   const int fd = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
   if (fd < 0) return nullptr;
   struct stat st {};
@@ -35,6 +41,10 @@ std::FILE* OpenForReading(const std::string& path) {
   }
   std::FILE* f = fdopen(fd, "rb");
   if (f == nullptr) close(fd);
+  if (buffer_size != nullptr) {
+    const auto file_size = static_cast<std::size_t>(st.st_size);
+    *buffer_size = file_size >= kBufferSize ? kBufferSize : std::max(kSmallestBuffer, file_size + 1);
+  }
   return f;
 }
 
@@ -42,9 +52,10 @@ std::FILE* OpenForReading(const std::string& path) {
 
 bool LineReader::Open(const std::string& path) {
   Close();
-  file_ = OpenForReading(path);
+  std::size_t buffer_size = 0;
+  file_ = OpenForReading(path, &buffer_size);
   if (file_ == nullptr) return false;
-  buffer_.resize(kBufferSize);
+  buffer_.resize(buffer_size);
   pos_ = len_ = 0;
   at_end_ = false;
   if (Fill() && len_ >= 3 && std::memcmp(buffer_.data(), "\xEF\xBB\xBF", 3) == 0) pos_ = 3;
@@ -105,11 +116,12 @@ bool ProbeBareLineFeeds(const std::string& path) {
 }
 
 bool WriteNormalisedCopy(const std::string& source, const std::string& target) {
-  FilePtr in(OpenForReading(source));
+  std::size_t buffer_size = 0;
+  FilePtr in(OpenForReading(source, &buffer_size));
   if (!in) return false;
   FilePtr out(std::fopen(target.c_str(), "wb"));
   if (!out) return false;
-  std::vector<char> chunk(kBufferSize);
+  std::vector<char> chunk(buffer_size);
   std::string converted;
   bool after_cr = false;
   char last = '\n';

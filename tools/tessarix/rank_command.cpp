@@ -57,8 +57,10 @@ bool Better(const RankEntry& a, const RankEntry& b) {
   return a.model.id < b.model.id;
 }
 
-// Regression objects are independent of each other, so each thread owns one
-// and takes the next model off a shared counter.
+// Regression objects are independent of each other, so each thread takes the
+// next model off a shared counter and fits it on an object of its own. A new
+// object for every model: an object's compiled program keeps every model
+// defined on it, and each definition reworks all of it.
 template <class Regression, class Points>
 std::vector<RankEntry> RankWith(const Points& x, std::span<const double> y, std::span<const double> sd,
                                 const std::vector<CatalogueEntry>& models, const RankOptions& options,
@@ -69,8 +71,8 @@ std::vector<RankEntry> RankWith(const Points& x, std::span<const double> y, std:
   unsigned threads = options.threads ? options.threads : std::thread::hardware_concurrency();
   threads = std::clamp<unsigned>(threads, 1, static_cast<unsigned>(std::max<std::size_t>(models.size(), 1)));
   auto worker = [&] {
-    Regression regression;
     for (std::size_t i = next++; i < models.size(); i = next++) {
+      Regression regression;
       results[i] = FitOne(regression, models[i], x, y, sd, options);
       ++done;
     }
