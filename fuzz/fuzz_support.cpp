@@ -72,6 +72,18 @@ void RequireAllFinite(std::span<const double> values, std::string_view what) {
   }
 }
 
+void RequireScanRoots(std::span<const double> roots, double lower, double upper, std::string_view what) {
+  RequireAllFinite(roots, what);
+  const double lo = std::min(lower, upper), hi = std::max(lower, upper);
+  const double slack = 8.0 * std::numeric_limits<double>::epsilon() * std::max(std::fabs(lo), std::fabs(hi));
+  for (std::size_t i = 0; i < roots.size(); ++i) {
+    std::ostringstream text;
+    text << what << "[" << i << "] = " << roots[i] << " for [" << lower << ", " << upper << "]";
+    if (!(roots[i] >= lo - slack && roots[i] <= hi + (hi - lo) + slack)) Broken("a root outside the scan", text.str());
+    if (i > 0 && !(roots[i] >= roots[i - 1] - slack)) Broken("roots out of order", text.str());
+  }
+}
+
 bool SameBits(std::span<const double> a, std::span<const double> b) {
   return a.size() == b.size() && (a.empty() || std::memcmp(a.data(), b.data(), a.size() * sizeof(double)) == 0);
 }

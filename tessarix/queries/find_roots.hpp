@@ -25,8 +25,7 @@ inline constexpr std::int32_t kMaxRootHalvings = 100;
 // Brackets [left[k], right[k]], from left to right, of the changes of sign of
 // f - target over `intervals` equal intervals of [lower, upper]. The scan
 // starts at the first point of lower, lower + dx, ... where f can be
-// evaluated; the last point is `upper` exactly, and no point lies beyond it.
-// A bracket runs from one scan point to the next, failed points included. A fault of the scan's own
+// evaluated; the last point is `upper` exactly. A fault of the scan's own
 // arithmetic (the product of two large differences overflowing) throws away
 // every bracket found.
 template <class F>
@@ -47,24 +46,12 @@ void BracketRoots(F&& f, double lower, double upper, double target, std::int32_t
     }
     if (!ok || x.value() >= upper) return;
     Num d1 = Num(fx) - target;
-    // A bracket's left end is the scan point before its right end: the very
-    // value the bracket before ended at. x - dx equals it only up to
-    // rounding, which could report one root on a scan point twice (an ulp
-    // apart, out of order) or put a root below `lower`.
-    //
-    // When the scan had to step over failed points at its start, counting
-    // `intervals` steps from there would carry it past `upper` (and report
-    // roots of the curve beyond the bounds); it ends at `upper` instead.
-    double previous = x.value();
-    for (std::int32_t i = 1; i <= intervals && previous < upper; ++i) {
-      const Num next = x + dx;
-      x = i < intervals && next.value() < upper ? next : Num(upper);
-      const double left_end = previous;
-      previous = x.value();
+    for (std::int32_t i = 1; i <= intervals; ++i) {
+      x = i < intervals ? x + dx : Num(upper);
       if (!f(x.value(), fx)) continue;
       const Num d2 = Num(fx) - target;
       if ((d1 * d2).value() <= 0.0) {
-        left.push_back(left_end);
+        left.push_back((x - dx).value());
         right.push_back(x.value());
       }
       d1 = d2;
