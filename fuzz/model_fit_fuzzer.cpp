@@ -14,7 +14,10 @@
 //     same object and the input after a larger model (the program grows)
 //     stay safe;
 //   - the class of several variables (x1, x2, ...) fits and answers its
-//     queries under the same promises.
+//     queries under the same promises;
+//   - the decimal-comma pass fits with the trust-region method, exact
+//     derivatives and vector math, the several-variable fit with exact
+//     derivatives.
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -126,6 +129,7 @@ void SeveralVariables(const std::vector<std::string>& lines, std::size_t text_si
   TSX_FUZZ_CHECK(m >= 1 && m <= 50, "NumIndependentVariables out of range");
   reg.SetMaxIterations(12);
   reg.SetMaxUnchangedIterations(3);
+  reg.SetDerivativeMethod(tsxDerivativeExact);
   constexpr std::int32_t kRows = 12;
   Matrix x(kRows, m);
   std::vector<double> y(kRows);
@@ -175,6 +179,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   for (int pass = 0; pass < 2; ++pass) {
     SetSystemSeparators(pass == 0 ? EnglishSeparators() : DecimalCommaSeparators());
     NonlinearRegression reg;
+    if (pass == 1) {
+      // The opt-in machinery under the same promises: the trust-region
+      // method, the text differentiated exactly, the vector routines.
+      reg.SetSolverMethod(tsxSolverTrustRegion);
+      reg.SetDerivativeMethod(tsxDerivativeExact);
+      reg.SetVectorMath(true);
+    }
     if (Attempt("DefineUserModel", [&] { Define(reg, lines, tsxLocaleEnglish, false); }) == 0) {
       FitAndQuery(reg, size);
     }
