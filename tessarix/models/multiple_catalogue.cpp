@@ -417,8 +417,9 @@ bool EvaluateMultiplePredefinedBlock(std::int32_t evaluation_code, const double*
   if (!finite) return false;
   if (!FlagsCanBeWatched()) return false;
   const FlagWatch watch;
-  FlaggedRowBlock(*row, a, points, width, n, y, d, stride);
-  return watch.Clean();
+  // A step through a checked routine raises instead of setting a flag; the
+  // rows then fail one by one the same way.
+  return SucceedsWithoutFault([&] { FlaggedRowBlock(*row, a, points, width, n, y, d, stride); }) && watch.Clean();
 }
 
 const std::vector<MultipleRow>& MultipleRows() { return TheTable().rows; }

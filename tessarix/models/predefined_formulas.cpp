@@ -51,8 +51,12 @@ bool EvaluatePredefinedBlock(std::int32_t evaluation_code, const double* a, cons
   // sight, so none of its steps moves across the flag tests.
   if (!FlagsCanBeWatched()) return false;
   const FlagWatch watch;
-  const bool points_finite = row->block(*row, a, x, n, y, d, stride);
-  return points_finite && watch.Clean();
+  // A step that still goes through a checked routine (one on plain numbers)
+  // raises instead of setting a flag; the block is then done row by row,
+  // where the same routine fails the same way.
+  bool points_finite = false;
+  const bool no_fault = SucceedsWithoutFault([&] { points_finite = row->block(*row, a, x, n, y, d, stride); });
+  return no_fault && points_finite && watch.Clean();
 }
 
 }  // namespace tessarix::detail

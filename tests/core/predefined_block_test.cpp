@@ -124,7 +124,11 @@ class Scenarios {
   }
 
   void Fill(PointTable& points, std::vector<double>& parameters, std::int32_t p, int sort) {
-    for (std::int32_t l = 1; l <= p; ++l) parameters[static_cast<std::size_t>(l)] = sort == 2 ? Wild() : Tame();
+    // Sort 3: every parameter huge, so that any step on parameters alone
+    // (a square of a parameter) overflows.
+    for (std::int32_t l = 1; l <= p; ++l) {
+      parameters[static_cast<std::size_t>(l)] = sort == 3 ? 1e300 : (sort == 2 ? Wild() : Tame());
+    }
     for (std::int32_t r = 1; r <= points.Count(); ++r) {
       for (std::int32_t k = 1; k <= points.Width(); ++k) points.At(r, k) = sort == 2 ? Wild() : Tame();
     }
@@ -148,7 +152,7 @@ void CheckModel(PointModel& kind, std::int32_t p, std::int32_t width, std::uint3
   points.Allocate(kRows, width);
   std::vector<double> parameters(static_cast<std::size_t>(p) + 1, 0.0);
   Scenarios scenarios(seed);
-  for (int sort = 0; sort < 3; ++sort) {
+  for (int sort = 0; sort < 4; ++sort) {
     for (int trial = 0; trial < 3; ++trial) {
       scenarios.Fill(points, parameters, p, sort);
       const bool failed = ExpectSamePass(kind, points, parameters, p,

@@ -167,7 +167,7 @@ inline constexpr std::array kThreeParameterModels = {
     Written(
         69, 51, "a*exp((-(x-b)^2)/(2*c^2))", "Gaussian (Normal) Distribution Model", 3,  //
         []<class N>(const double* p, N x) {
-          const N c2 = Power(p[3], 2.0);
+          const N c2 = Power(N(p[3]), 2.0);
           return p[1] * exp(-Power(x - p[2], 2.0) / (c2 + c2));
         },
         []<class N>(const double* p, N x, double* d) {
