@@ -77,12 +77,13 @@ std::int32_t AttemptExpecting(std::string_view where, std::initializer_list<Erro
 
 void RequireFinite(double value, std::string_view what);
 void RequireAllFinite(std::span<const double> values, std::string_view what);
-// What the root scan promises, with its arithmetic as it is: roots finite and
-// in order, within a few ulps, inside the scanned range. A bracket's left end
-// is computed as x - dx, which may round an ulp below the scan point before it
+// What the root scan promises, with its arithmetic as it is: roots finite and,
+// within a few ulps, inside the scanned range. A bracket's left end is
+// computed as x - dx, which may round an ulp below the scan point before it
 // (so below `lower`, or as a second copy of a root an ulp from the first); a
 // scan that had to step over failed points at its start still takes all its
-// steps, so it may run up to one interval length past `upper`.
+// steps, so it may run up to one interval length past `upper` before its last
+// point, `upper` itself, and then report a root there after those beyond it.
 void RequireScanRoots(std::span<const double> roots, double lower, double upper, std::string_view what);
 // Equal bit for bit (so that NaN equals itself and -0 differs from 0).
 bool SameBits(std::span<const double> a, std::span<const double> b);

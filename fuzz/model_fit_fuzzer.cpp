@@ -8,7 +8,7 @@
 //     (saying why, with no table) and leaves the estimates and the caller's
 //     arrays alone;
 //   - every prediction, derivative, root and integral that is delivered is
-//     finite, roots lie in the scanned range in order (see RequireScanRoots); a query that
+//     finite, roots lie in the scanned range (see RequireScanRoots); a query that
 //     cannot answer raises its own error;
 //   - under both separator sets; a smaller model after the input's on the
 //     same object and the input after a larger model (the program grows)

@@ -122,12 +122,13 @@ TEST(FindRoots, BracketsAndBisection) {
   EXPECT_EQ(flat[2], 1.9000000000000004);
   EXPECT_EQ(flat[3], 1.9000000000000001);
   // A scan that starts late, past failed points, still takes all its steps:
-  // it runs beyond the upper bound and finds the root at 4.5 there.
+  // it runs beyond the upper bound, finds the root at 4.5 there, and then
+  // comes back to its last point, the bound, whose bracket reports 4.
   const auto late = [](double x, double& y) {
     y = x - 4.5;
     return x > 0.5;
   };
-  EXPECT_EQ(FindRoots(late, -1.0, 4.0, 0.0, 5).front(), 4.5);
+  EXPECT_EQ(FindRoots(late, -1.0, 4.0, 0.0, 5), (std::vector<double>{4.5, 4.0}));
   // Bisection fails after 100 halvings when the tolerance cannot be met.
   double r = 0;
   EXPECT_FALSE(RefineRoot(f, 3.0, 3.5, 0.0, 0.0, r));
