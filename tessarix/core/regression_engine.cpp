@@ -176,12 +176,17 @@ bool RegressionEngine::ValueAt(std::span<const double> point, double& y) {
 }
 
 namespace {
-// Rows of one thread's share of a parallel block.
-constexpr std::int32_t kRowsPerThread = 2048;
+// Rows of one thread's share of a parallel block: large, since every block
+// costs a wake-up of the workers, yet with its values and derivatives (a row
+// of parameter count + 1) within about 2 MiB a thread.
+std::int32_t RowsPerThread(std::int32_t parameter_count) {
+  constexpr std::int32_t kDoublesPerThread = 1 << 18;
+  return std::clamp(kDoublesPerThread / (std::max(parameter_count, 0) + 2), 2048, 32768);
+}
 }  // namespace
 
 std::int32_t RegressionEngine::BlockRows() const {
-  if (parallel_) return kRowsPerThread * static_cast<std::int32_t>(thread_parameters_.size());
+  if (parallel_) return RowsPerThread(core.parameter_count) * static_cast<std::int32_t>(thread_parameters_.size());
   return kind != nullptr ? kind->BlockRows() : 1;
 }
 
