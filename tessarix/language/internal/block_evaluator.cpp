@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "tessarix/language/internal/block_steps.hpp"
 #include "tessarix/language/internal/evaluator.hpp"
 #include "tessarix/language/internal/evaluator_steps.hpp"
 #include "tessarix/language/internal/vector_math.hpp"
@@ -80,7 +81,7 @@ BlockPlan PlanBlocks(const ModelProgram& program) {
 
 namespace {
 
-constexpr std::int32_t kLanes = kBlockLanes;
+using block_steps::kLanes;
 constexpr std::size_t kRow = static_cast<std::size_t>(kLanes);
 constexpr std::size_t kSavedRows = 10;
 // Conditionals nested deeper run point by point.
@@ -99,22 +100,8 @@ struct Lanes {
   double* Row(std::int32_t k) const { return stack + static_cast<std::size_t>(k) * kRow; }
 };
 
-template <typename F>
-inline void Map(double* top, double* check, F f) {
-  for (std::int32_t i = 0; i < kLanes; ++i) {
-    const double r = f(top[i]);
-    top[i] = r;
-    check[i] += r * 0.0;
-  }
-}
-template <typename F>
-inline void Zip(double* a, const double* b, double* check, F f) {
-  for (std::int32_t i = 0; i < kLanes; ++i) {
-    const double r = f(a[i], b[i]);
-    a[i] = r;
-    check[i] += r * 0.0;
-  }
-}
+using block_steps::Map;
+using block_steps::Zip;
 template <typename F>
 inline void WithValue(double* a, double b, double* check, F f) {
   for (std::int32_t i = 0; i < kLanes; ++i) {
@@ -359,49 +346,9 @@ bool RunBlock(const ModelProgram& program, const Lanes& lanes, const double* par
           case Instr::Power:
             Zip(a, b, check, [](double u, double v) { return Power(u, v); });
             break;
-          case Instr::IntDivide:
-            Zip(a, b, check, [](double u, double v) { return IntDivide(u, v); });
-            break;
-          case Instr::Mod:
-            Zip(a, b, check, [](double u, double v) { return Mod(u, v); });
-            break;
-          case Instr::Equal:
-            Zip(a, b, check, [](double u, double v) { return Truth(u == v); });
-            break;
-          case Instr::Less:
-            Zip(a, b, check, [](double u, double v) { return Truth(u < v); });
-            break;
-          case Instr::Greater:
-            Zip(a, b, check, [](double u, double v) { return Truth(u > v); });
-            break;
-          case Instr::NotEqual:
-            Zip(a, b, check, [](double u, double v) { return Truth(u != v); });
-            break;
-          case Instr::LessEqual:
-            Zip(a, b, check, [](double u, double v) { return Truth(u <= v); });
-            break;
-          case Instr::GreaterEqual:
-            Zip(a, b, check, [](double u, double v) { return Truth(u >= v); });
-            break;
-          case Instr::And:
-            Zip(a, b, check, [](double u, double v) { return static_cast<double>(RoundToInt32(u) & RoundToInt32(v)); });
-            break;
-          case Instr::Or:
-            Zip(a, b, check, [](double u, double v) { return static_cast<double>(RoundToInt32(u) | RoundToInt32(v)); });
-            break;
-          case Instr::Xor:
-            Zip(a, b, check, [](double u, double v) { return static_cast<double>(RoundToInt32(u) ^ RoundToInt32(v)); });
-            break;
-          case Instr::Eqv:
-            Zip(a, b, check,
-                [](double u, double v) { return static_cast<double>(~(RoundToInt32(u) ^ RoundToInt32(v))); });
-            break;
-          case Instr::Imp:
-            Zip(a, b, check,
-                [](double u, double v) { return static_cast<double>(~RoundToInt32(u) | RoundToInt32(v)); });
-            break;
           default:
-            return false;  // the plan admits no other instruction
+            // The plan admits no instruction that is not flat here.
+            if (!block_steps::ZipFlatBinary(in.op, a, b, check)) return false;
         }
         break;
       }

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <span>
 
+#include "tessarix/language/internal/block_steps.hpp"
 #include "tessarix/language/internal/evaluator.hpp"
 #include "tessarix/language/internal/evaluator_steps.hpp"
 #include "tessarix/language/internal/vector_math.hpp"
@@ -37,7 +38,7 @@ DerivativePlan PlanDerivatives(const ModelProgram& program) {
 
 namespace {
 
-constexpr std::int32_t kLanes = kBlockLanes;
+using block_steps::kLanes;
 constexpr std::size_t kRow = static_cast<std::size_t>(kLanes);
 constexpr std::size_t kSavedRows = 10;
 constexpr std::int32_t kMaxNesting = 16;
@@ -66,22 +67,8 @@ struct Dual {
   std::uint8_t& Depends(std::int32_t k) const { return depends[k]; }
 };
 
-template <typename F>
-inline void Map(double* top, double* check, F f) {
-  for (std::int32_t i = 0; i < kLanes; ++i) {
-    const double r = f(top[i]);
-    top[i] = r;
-    check[i] += r * 0.0;
-  }
-}
-template <typename F>
-inline void Zip(double* a, const double* b, double* check, F f) {
-  for (std::int32_t i = 0; i < kLanes; ++i) {
-    const double r = f(a[i], b[i]);
-    a[i] = r;
-    check[i] += r * 0.0;
-  }
-}
+using block_steps::Map;
+using block_steps::Zip;
 inline void Copy(double* to, const double* from) {
   for (std::int32_t i = 0; i < kLanes; ++i) to[i] = from[i];
 }
@@ -478,52 +465,9 @@ bool RunDual(const ModelProgram& program, const DerivativePlan& rules, const Dua
           default:
             flat = true;
             switch (in.op) {
-              case Instr::IntDivide:
-                Zip(a, bv, check, [](double u, double v) { return IntDivide(u, v); });
-                break;
-              case Instr::Mod:
-                Zip(a, bv, check, [](double u, double v) { return Mod(u, v); });
-                break;
-              case Instr::Equal:
-                Zip(a, bv, check, [](double u, double v) { return Truth(u == v); });
-                break;
-              case Instr::Less:
-                Zip(a, bv, check, [](double u, double v) { return Truth(u < v); });
-                break;
-              case Instr::Greater:
-                Zip(a, bv, check, [](double u, double v) { return Truth(u > v); });
-                break;
-              case Instr::NotEqual:
-                Zip(a, bv, check, [](double u, double v) { return Truth(u != v); });
-                break;
-              case Instr::LessEqual:
-                Zip(a, bv, check, [](double u, double v) { return Truth(u <= v); });
-                break;
-              case Instr::GreaterEqual:
-                Zip(a, bv, check, [](double u, double v) { return Truth(u >= v); });
-                break;
-              case Instr::And:
-                Zip(a, bv, check,
-                    [](double u, double v) { return static_cast<double>(RoundToInt32(u) & RoundToInt32(v)); });
-                break;
-              case Instr::Or:
-                Zip(a, bv, check,
-                    [](double u, double v) { return static_cast<double>(RoundToInt32(u) | RoundToInt32(v)); });
-                break;
-              case Instr::Xor:
-                Zip(a, bv, check,
-                    [](double u, double v) { return static_cast<double>(RoundToInt32(u) ^ RoundToInt32(v)); });
-                break;
-              case Instr::Eqv:
-                Zip(a, bv, check,
-                    [](double u, double v) { return static_cast<double>(~(RoundToInt32(u) ^ RoundToInt32(v))); });
-                break;
-              case Instr::Imp:
-                Zip(a, bv, check,
-                    [](double u, double v) { return static_cast<double>(~RoundToInt32(u) | RoundToInt32(v)); });
-                break;
               default:
-                return false;  // the plan admits no other instruction
+                // The plan admits no instruction that is not flat here.
+                if (!block_steps::ZipFlatBinary(in.op, a, bv, check)) return false;
             }
             break;
         }

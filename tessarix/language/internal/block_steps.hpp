@@ -1,0 +1,87 @@
+// The lane loops that both block evaluators (values alone, and values with
+// their partials) run, and the binary instructions whose result has no
+// partials, so that the two compute them the same way.
+#pragma once
+
+#include <cstdint>
+
+#include "tessarix/language/internal/evaluator_steps.hpp"
+#include "tessarix/language/internal/model_program.hpp"
+#include "tessarix/platform/rounding.hpp"
+
+namespace tessarix::detail::block_steps {
+
+inline constexpr std::int32_t kLanes = kBlockLanes;
+
+// `check` stays 0 in a lane while every result there is finite (r * 0 is NaN
+// for an infinite or NaN r).
+template <typename F>
+inline void Map(double* top, double* check, F f) {
+  for (std::int32_t i = 0; i < kLanes; ++i) {
+    const double r = f(top[i]);
+    top[i] = r;
+    check[i] += r * 0.0;
+  }
+}
+template <typename F>
+inline void Zip(double* a, const double* b, double* check, F f) {
+  for (std::int32_t i = 0; i < kLanes; ++i) {
+    const double r = f(a[i], b[i]);
+    a[i] = r;
+    check[i] += r * 0.0;
+  }
+}
+
+// The integer, relational and logical instructions on rows a and b, into a;
+// false for any other instruction.
+inline bool ZipFlatBinary(Instr op, double* a, const double* b, double* check) {
+  using steps::IntDivide;
+  using steps::Mod;
+  using steps::Truth;
+  const auto bits = [](double u) { return RoundToInt32(u); };
+  switch (op) {
+    case Instr::IntDivide:
+      Zip(a, b, check, [](double u, double v) { return IntDivide(u, v); });
+      return true;
+    case Instr::Mod:
+      Zip(a, b, check, [](double u, double v) { return Mod(u, v); });
+      return true;
+    case Instr::Equal:
+      Zip(a, b, check, [](double u, double v) { return Truth(u == v); });
+      return true;
+    case Instr::Less:
+      Zip(a, b, check, [](double u, double v) { return Truth(u < v); });
+      return true;
+    case Instr::Greater:
+      Zip(a, b, check, [](double u, double v) { return Truth(u > v); });
+      return true;
+    case Instr::NotEqual:
+      Zip(a, b, check, [](double u, double v) { return Truth(u != v); });
+      return true;
+    case Instr::LessEqual:
+      Zip(a, b, check, [](double u, double v) { return Truth(u <= v); });
+      return true;
+    case Instr::GreaterEqual:
+      Zip(a, b, check, [](double u, double v) { return Truth(u >= v); });
+      return true;
+    case Instr::And:
+      Zip(a, b, check, [bits](double u, double v) { return static_cast<double>(bits(u) & bits(v)); });
+      return true;
+    case Instr::Or:
+      Zip(a, b, check, [bits](double u, double v) { return static_cast<double>(bits(u) | bits(v)); });
+      return true;
+    case Instr::Xor:
+      Zip(a, b, check, [bits](double u, double v) { return static_cast<double>(bits(u) ^ bits(v)); });
+      return true;
+    case Instr::Eqv:
+      Zip(a, b, check, [bits](double u, double v) { return static_cast<double>(~(bits(u) ^ bits(v))); });
+      return true;
+    case Instr::Imp:
+      Zip(a, b, check, [bits](double u, double v) { return static_cast<double>(~bits(u) | bits(v)); });
+      return true;
+    default:
+      return false;
+  }
+}
+
+}  // namespace tessarix::detail::block_steps
