@@ -60,17 +60,49 @@ struct BlockRowsIn {
 // per step. Every step's result is added into a sum, directly or through a
 // product (a value that is not finite times a zero is a NaN), and a sum that
 // has met a value that is not finite stays so: a step that the checked loop
-// refuses leaves a sum that is not finite, and nothing else does. kFitted > 0
-// fixes the number of fitted parameters, so that the sums stay in registers;
-// 0 reads it from `in`.
+// refuses leaves a sum that is not finite, and nothing else does.
+//
+// kFitted > 0 fixes the number of fitted parameters: every loop is unrolled
+// and each sum is a variable of its own that stays in a register (an array
+// indexed in a loop was kept in memory, each row's additions then waiting on
+// a store and a load). 0 reads the number from `in` and adds into `sums`.
 template <std::int32_t kFitted>
 [[gnu::noinline]] void AddRowsUnchecked(const BlockRowsIn& in, double* sums) {
-  const std::int32_t f = kFitted > 0 ? kFitted : in.fitted_count;
-  const std::int32_t size = f * (f + 1) / 2 + f + 1;
-  constexpr std::size_t kSums = kFitted > 0 ? static_cast<std::size_t>(kFitted * (kFitted + 1) / 2 + kFitted + 1) : 1;
-  std::array<double, kSums> local{};
-  double* const s = kFitted > 0 ? local.data() : sums;
-  if (kFitted > 0) std::copy(sums, sums + size, s);
+  constexpr std::int32_t kTriangle = kFitted * (kFitted + 1) / 2;
+  constexpr std::int32_t kSums = kTriangle + kFitted + 1;
+  double s[kSums];
+  std::int32_t fit[kFitted];
+#pragma GCC unroll 16
+  for (std::int32_t i = 0; i < kSums; ++i) s[i] = sums[i];
+#pragma GCC unroll 16
+  for (std::int32_t j = 0; j < kFitted; ++j) fit[j] = in.fitted[j];
+  for (std::int32_t r = 0; r < in.rows; ++r) {
+    const auto ui = static_cast<std::size_t>(in.first + r);
+    const double y_model = in.values[r];
+    const double* const dyda = in.derivatives + static_cast<std::ptrdiff_t>(r) * in.stride;
+    const double dy = in.y[ui] - y_model;
+    in.predicted[ui] = y_model;
+    in.residuals[ui] = dy;
+    const double w = in.weights[ui];
+    double d[kFitted];
+#pragma GCC unroll 16
+    for (std::int32_t j = 0; j < kFitted; ++j) d[j] = dyda[fit[j]];
+#pragma GCC unroll 16
+    for (std::int32_t j = 0; j < kFitted; ++j) {
+      const double wt = d[j] * w;
+#pragma GCC unroll 16
+      for (std::int32_t k = 0; k <= j; ++k) s[j * (j + 1) / 2 + k] = s[j * (j + 1) / 2 + k] + wt * d[k];
+      s[kTriangle + j] = s[kTriangle + j] + dy * wt;
+    }
+    s[kTriangle + kFitted] = s[kTriangle + kFitted] + dy * dy * w;
+  }
+#pragma GCC unroll 16
+  for (std::int32_t i = 0; i < kSums; ++i) sums[i] = s[i];
+}
+
+template <>
+[[gnu::noinline]] void AddRowsUnchecked<0>(const BlockRowsIn& in, double* s) {
+  const std::int32_t f = in.fitted_count;
   double* const gradient = s + f * (f + 1) / 2;
   for (std::int32_t r = 0; r < in.rows; ++r) {
     const auto ui = static_cast<std::size_t>(in.first + r);
@@ -88,7 +120,6 @@ template <std::int32_t kFitted>
     }
     gradient[f] = gradient[f] + dy * dy * w;
   }
-  if (kFitted > 0) std::copy(s, s + size, sums);
 }
 
 void AddRowsUnchecked(const BlockRowsIn& in, double* sums) {

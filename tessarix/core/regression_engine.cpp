@@ -152,7 +152,7 @@ void RegressionEngine::Fit(ObservationSource& source) {
         core.locked = true;
         SolveModel(core, *this, n);
         core.locked = false;
-        parallel_ = false;
+        EndParallelPass();
         if (core.solved) {
           core.is_weighted = weighted;
           PublishTables(n, source.Columns(), weighted);
@@ -162,7 +162,7 @@ void RegressionEngine::Fit(ObservationSource& source) {
       },
       [this](const std::string& description) {
         core.locked = false;
-        parallel_ = false;
+        EndParallelPass();
         DataAccess::SetReadOnly(core.ResultTables(), true);
         ReleaseWorkArrays();
         core.last_error = std::string(kGeneralErrorPrefix) + description;
@@ -175,83 +175,52 @@ bool RegressionEngine::ValueAt(std::span<const double> point, double& y) {
   return kind != nullptr && kind->Value(point, core.parameter_values.data(), y);
 }
 
-namespace {
-// Rows of one thread's share of a parallel block: large, since every block
-// costs a wake-up of the workers, yet with its values and derivatives (a row
-// of parameter count + 1) within about 2 MiB a thread.
-std::int32_t RowsPerThread(std::int32_t parameter_count) {
-  constexpr std::int32_t kDoublesPerThread = 1 << 18;
-  return std::clamp(kDoublesPerThread / (std::max(parameter_count, 0) + 2), 2048, 32768);
-}
-}  // namespace
-
-std::int32_t RegressionEngine::BlockRows() const {
-  if (parallel_) return RowsPerThread(core.parameter_count) * static_cast<std::int32_t>(thread_parameters_.size());
-  return kind != nullptr ? kind->BlockRows() : 1;
-}
+std::int32_t RegressionEngine::BlockRows() const { return kind != nullptr ? kind->BlockRows() : 1; }
 
 void RegressionEngine::PrepareThreads() {
   parallel_ = false;
-  thread_kinds_.clear();
   if (core.threads < 2 || kind == nullptr) return;
   if (model.type == tsxModelExternal && !core.thread_safe_events) return;
+  std::vector<std::unique_ptr<PointModel>> copies;
   for (std::int32_t t = 1; t < core.threads; ++t) {
     std::unique_ptr<PointModel> copy = kind->ThreadCopy();
-    if (copy == nullptr) {
-      thread_kinds_.clear();
-      return;
-    }
-    thread_kinds_.push_back(std::move(copy));
+    if (copy == nullptr) return;
+    copies.push_back(std::move(copy));
   }
-  if (pool_ == nullptr || pool_->Size() != core.threads) pool_ = std::make_unique<WorkerPool>(core.threads);
-  const auto threads = static_cast<std::size_t>(core.threads);
-  thread_parameters_.assign(threads, core.parameter_values);
-  thread_failures_.assign(threads, RowFailure());
-  thread_ok_.assign(threads, 1);
+  if (pass_ == nullptr || pass_->Threads() != core.threads) {
+    pass_.reset();
+    pass_ = std::make_unique<ParallelPass>(core.threads);
+  }
+  pass_->Prepare(std::move(copies), kind->BlockRows(), core.parameter_count);
   parallel_ = true;
 }
 
-// Every thread evaluates its own share of the rows with its own copy of the
-// parameter values; the caller sums the rows in their order afterwards, so
-// the results are those of a serial pass whatever the number of threads.
+void RegressionEngine::EndParallelPass() {
+  if (pass_ != nullptr) pass_->End();
+  parallel_ = false;
+}
+
+// The caller asks for the blocks of a pass in their order and sums each one
+// before the next; the helpers evaluate ahead of it (ParallelPass). A block
+// asked for out of that order is evaluated here, on the caller's thread.
 bool RegressionEngine::EvaluateRowsInParallel(std::int32_t first, std::int32_t count, const std::int32_t* ia,
                                               double* values, double* derivatives, std::int32_t stride,
                                               RowFailure& failure) {
-  struct Share {
-    RegressionEngine* engine;
-    std::int32_t first, count, share, stride;
-    const std::int32_t* ia;
-    double* values;
-    double* derivatives;
-  };
-  const auto threads = static_cast<std::int32_t>(thread_parameters_.size());
-  Share job{this, first, count, (count + threads - 1) / threads, stride, ia, values, derivatives};
-  const Share* context = &job;
-  pool_->Run(threads, [context](std::int32_t t) {
-    const Share& j = *context;
-    RegressionEngine& e = *j.engine;
-    const auto ut = static_cast<std::size_t>(t);
-    const std::int32_t begin = t * j.share;
-    const std::int32_t rows = std::min(j.share, j.count - begin);
-    e.thread_ok_[ut] = 1;
-    if (rows <= 0) return;
-    Vector1& parameters = e.thread_parameters_[ut];
-    if (parameters.size() != e.core.parameter_values.size()) parameters.resize(e.core.parameter_values.size());
-    std::copy(e.core.parameter_values.begin(), e.core.parameter_values.end(), parameters.begin());
-    PointModel& share_model = t == 0 ? *e.kind : *e.thread_kinds_[ut - 1];
-    const bool ok = share_model.EvaluateRows(
-        e.points, j.first + begin, rows, parameters.data(), j.ia, e.core.parameter_count, j.values + begin,
-        j.derivatives != nullptr ? j.derivatives + static_cast<std::ptrdiff_t>(begin) * j.stride : nullptr, j.stride,
-        e.thread_failures_[ut]);
-    e.thread_ok_[ut] = ok ? 1 : 0;
-  });
-  for (std::size_t t = 0; t < thread_ok_.size(); ++t) {
-    if (!thread_ok_[t]) {
-      failure = thread_failures_[t];
-      return false;
-    }
+  double* const parameters = core.parameter_values.data();
+  if (first == 1) pass_->Begin(points, points.Count(), parameters, ia, stride);
+  if (!pass_->IsNext(first, count, ia, stride)) {
+    return kind->EvaluateRows(points, first, count, parameters, ia, core.parameter_count, values, derivatives, stride,
+                              failure);
   }
-  return true;
+  bool ok = false;
+  try {
+    ok = pass_->Take(*kind, parameters, first, count, values, derivatives, failure);
+  } catch (...) {
+    pass_->End();
+    throw;
+  }
+  if (!ok) pass_->End();
+  return ok;
 }
 
 bool RegressionEngine::EvaluateRows(std::int32_t first, std::int32_t count, const std::int32_t* ia, double* values,
@@ -296,7 +265,7 @@ void RegressionEngine::IterationComplete(std::int32_t iteration, double sse, boo
 
 // The copies of a parallel pass differentiate as the model itself does.
 void RegressionEngine::SetDerivativeStepFloors(std::vector<double> floors) {
-  for (const std::unique_ptr<PointModel>& copy : thread_kinds_) copy->SetDerivativeStepFloors(floors);
+  if (parallel_) pass_->SetDerivativeStepFloors(floors);
   if (kind != nullptr) kind->SetDerivativeStepFloors(std::move(floors));
 }
 

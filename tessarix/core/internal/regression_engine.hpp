@@ -13,10 +13,10 @@
 #include <vector>
 
 #include "tessarix/core/internal/model_state.hpp"
+#include "tessarix/core/internal/parallel_pass.hpp"
 #include "tessarix/core/internal/point_model.hpp"
 #include "tessarix/core/internal/point_table.hpp"
 #include "tessarix/core/internal/regression_core.hpp"
-#include "tessarix/core/internal/worker_pool.hpp"
 #include "tessarix/foundation/error_code.hpp"
 #include "tessarix/foundation/error_handler.hpp"
 #include "tessarix/models/model_catalogue.hpp"
@@ -147,6 +147,8 @@ class RegressionEngine final : public RunModel {
  private:
   // Readies a parallel pass when the settings and the model allow one.
   void PrepareThreads();
+  // Ends the parallel pass that may still run, before the run's arrays go.
+  void EndParallelPass();
   [[nodiscard]] bool EvaluateRowsInParallel(std::int32_t first, std::int32_t count, const std::int32_t* ia,
                                             double* values, double* derivatives, std::int32_t stride,
                                             RowFailure& failure);
@@ -155,13 +157,9 @@ class RegressionEngine final : public RunModel {
   void ReleaseWorkArrays();
 
   std::unique_ptr<RegressionHooks> hooks_;
-  // A parallel pass: the pool, a copy of the model and of the parameter
-  // values per thread beyond the first. Empty when the pass is serial.
-  std::unique_ptr<WorkerPool> pool_;
-  std::vector<std::unique_ptr<PointModel>> thread_kinds_;
-  std::vector<Vector1> thread_parameters_;
-  std::vector<RowFailure> thread_failures_;
-  std::vector<char> thread_ok_;
+  // The helper threads of a parallel pass, kept from one fit to the next;
+  // `parallel_` while a run uses them.
+  std::unique_ptr<ParallelPass> pass_;
   bool parallel_ = false;
 };
 
