@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <cmath>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
@@ -104,6 +105,43 @@ TEST(Threads, AFailingRowFailsTheRunAsInASerialPass) {
   EXPECT_EQ(errors[0], "Error evaluating the function at X = 0\r\n");
   EXPECT_EQ(errors[1], errors[0]);
   EXPECT_EQ(logs[1], logs[0]);
+
+  // Thread-safe host events that fail late in the data, where helper threads
+  // evaluate: derivatives that throw at one point, and in the first case also
+  // a value refused at an earlier point. The run ends where the serial pass
+  // ends it, with the same text, whichever thread met which failure first.
+  const std::vector<double> xs = Xs(30000);
+  const double refused = xs[21000];
+  const double throwing = xs[27000];
+  for (const bool value_fails : {true, false}) {
+    errors.clear();
+    logs.clear();
+    for (const std::int32_t threads : {1, 2, 3}) {
+      NonlinearRegression r;
+      r.Events.EvaluateExternal = [&](std::vector<double>& p, double xv, double& v, bool& ok) {
+        v = p[0] * xv + p[1];
+        ok = !(value_fails && xv == refused);
+      };
+      r.Events.DerivativeExternal = [&](std::vector<double>&, double xv, std::vector<double>& d, bool& ok) {
+        if (xv == throwing) throw std::runtime_error("no slope here");
+        d[0] = xv;
+        d[1] = 1.0;
+        ok = true;
+      };
+      r.DefineExternalModel(std::vector<std::string>{"a", "b"}, true);
+      r.SetThreads(threads);
+      r.SetThreadSafeEvents(true);
+      r.Fit(xs, std::vector<double>(xs.size(), 1.0));
+      EXPECT_FALSE(r.IsSolved());
+      errors.push_back(r.LastSolveError());
+      logs.push_back(r.SolutionLog().substr(r.SolutionLog().find("Initial parameter estimates")));
+    }
+    EXPECT_EQ(errors[0], value_fails ? "Error evaluating the function at X = 3.6\r\n" : "Solution failed");
+    for (std::size_t k = 1; k < errors.size(); ++k) {
+      EXPECT_EQ(errors[k], errors[0]);
+      EXPECT_EQ(logs[k], logs[0]);
+    }
+  }
 }
 
 }  // namespace
