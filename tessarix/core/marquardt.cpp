@@ -211,16 +211,12 @@ void BuildNormalEquations(RegressionCore& core, RunModel& model, std::int32_t n,
       core.predicted[ui] = y_model;
       core.residuals[ui] = dy;
       const double w = core.weights[ui];
-      std::int32_t j = 0;
-      for (std::int32_t l = 1; l <= parameter_count; ++l) {
-        if (fit[l] == 0) continue;
-        ++j;
-        const double wt = Checked(dyda[l] * w);
-        std::int32_t k = 0;
-        for (std::int32_t m = 1; m <= l; ++m) {
-          if (fit[m] == 0) continue;
-          ++k;
-          matrix(j, k) = Checked(matrix(j, k) + Checked(wt * dyda[m]));
+      for (std::int32_t j = 1; j <= fitted; ++j) {
+        const double wt = Checked(dyda[fitted_parameters[static_cast<std::size_t>(j - 1)]] * w);
+        double* const triangle_row = &matrix(j, 0);
+        for (std::int32_t k = 1; k <= j; ++k) {
+          triangle_row[k] =
+              Checked(triangle_row[k] + Checked(wt * dyda[fitted_parameters[static_cast<std::size_t>(k - 1)]]));
         }
         gradient[static_cast<std::size_t>(j)] = Checked(gradient[static_cast<std::size_t>(j)] + Checked(dy * wt));
       }

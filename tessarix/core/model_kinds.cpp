@@ -190,19 +190,11 @@ std::unique_ptr<PointModel> MakeMultiplePredefinedKind(std::int32_t evaluation_c
   return std::make_unique<MultiplePredefinedKind>(evaluation_code, estimate_term_count);
 }
 
-void FillEventValues(std::vector<double>& out, const double* values, std::int32_t count) {
-  out.assign(values + 1, values + 1 + count);
-}
-
 void FillEventValues(Variant& out, const double* values, std::int32_t count) {
   if (!out.IsArray() || out.Dimensions() != 1 || out.UpperBound() != count - 1) {
     out = Variant::Array(std::vector<Variant>(static_cast<std::size_t>(count)));
   }
   for (std::int32_t i = 0; i < count; ++i) out.At(i) = Variant(values[i + 1]);
-}
-
-void SizeEventDerivatives(std::vector<double>& out, std::int32_t count) {
-  if (out.size() != static_cast<std::size_t>(count)) out.assign(static_cast<std::size_t>(count), 0.0);
 }
 
 void SizeEventDerivatives(Variant& out, std::int32_t count) {

@@ -50,11 +50,20 @@ struct ExternalBuffers {
 };
 
 // Parameter values 1..count into the zero-based arrays an event receives.
-void FillEventValues(std::vector<double>& out, const double* values, std::int32_t count);
+// Before every call: a host may have written into the array it was handed.
+inline void FillEventValues(std::vector<double>& out, const double* values, std::int32_t count) {
+  if (out.size() != static_cast<std::size_t>(count)) {
+    out.assign(values + 1, values + 1 + count);
+    return;
+  }
+  for (std::int32_t i = 0; i < count; ++i) out[static_cast<std::size_t>(i)] = values[i + 1];
+}
 void FillEventValues(Variant& out, const double* values, std::int32_t count);
 // The derivative arrays an event receives: one element per parameter, rebuilt
 // when the host resized or replaced them in an earlier call.
-void SizeEventDerivatives(std::vector<double>& out, std::int32_t count);
+inline void SizeEventDerivatives(std::vector<double>& out, std::int32_t count) {
+  if (out.size() != static_cast<std::size_t>(count)) out.assign(static_cast<std::size_t>(count), 0.0);
+}
 void SizeEventDerivatives(Variant& out, std::int32_t count);
 // The host's derivatives (element i for parameter i + 1) into dyda[1..count].
 // An element that is missing, does not convert to a Double or is not finite
@@ -90,26 +99,32 @@ class ExternalKind final : public PointModel {
 
   bool RawValue(std::span<const double> point, const double* parameters, double& y) override {
     if (events_.EvaluateExternalBlock) return BlockValues(point, 1, parameters, &y);
-    double result = 0.0;
-    bool success = false;  // a handler must set it
-    if (alternative_) {
-      FillEventValues(buffers_.values_alt, parameters, count_);
-      Calls::EvaluateAlt(events_, point, result, success, buffers_);
-    } else {
-      FillEventValues(buffers_.values, parameters, count_);
-      Calls::Evaluate(events_, point, result, success, buffers_);
-    }
-    if (!success) return false;
-    y = result;
-    return true;
+    return PointValue(point, parameters, y);
   }
 
   bool EvaluateRows(const PointTable& points, std::int32_t first, std::int32_t count, double* parameters,
                     const std::int32_t* ia, std::int32_t parameter_count, double* values, double* derivatives,
                     std::int32_t stride, RowFailure& failure) override {
     if (!events_.EvaluateExternalBlock) {
-      return PointModel::EvaluateRows(points, first, count, parameters, ia, parameter_count, values, derivatives,
-                                      stride, failure);
+      // Point by point, as PointModel::EvaluateRows and Value do it, without
+      // a virtual call between the host's events.
+      for (std::int32_t r = 0; r < count; ++r) {
+        const std::span<const double> point = points.Row(first + r);
+        bool ok = false;
+        double value = 0.0;
+        const bool ran = SucceedsWithoutFault([&] { ok = PointValue(point, parameters, value); });
+        if (!ran || !ok || !std::isfinite(value)) {
+          failure = {first + r, false};
+          return false;
+        }
+        values[r] = value;
+        if (ia != nullptr && !Derivatives(point, parameters, ia, parameter_count,
+                                          derivatives + static_cast<std::ptrdiff_t>(r) * stride)) {
+          failure = {first + r, true};
+          return false;
+        }
+      }
+      return true;
     }
     const std::span<const double> block(points.Row(first).data(),
                                         static_cast<std::size_t>(count) * static_cast<std::size_t>(points.Width()));
@@ -168,12 +183,34 @@ class ExternalKind final : public PointModel {
       last_error_ = "Numerical error occurred while calculating the derivative.";
       return false;
     }
-    ReadEventDerivatives(buffers_, alternative_, count_, dyda);
+    if (!alternative_ && buffers_.derivatives.size() >= static_cast<std::size_t>(count_)) {
+      for (std::int32_t i = 0; i < count_; ++i)
+        dyda[i + 1] = Checked(buffers_.derivatives[static_cast<std::size_t>(i)]);
+    } else {
+      ReadEventDerivatives(buffers_, alternative_, count_, dyda);
+    }
     return true;
   }
 
  private:
   static constexpr std::int32_t kExternalBlockRows = 4096;
+
+  // The per-point value event at one point; false when the host reports
+  // failure.
+  bool PointValue(std::span<const double> point, const double* parameters, double& y) {
+    double result = 0.0;
+    bool success = false;  // a handler must set it
+    if (alternative_) {
+      FillEventValues(buffers_.values_alt, parameters, count_);
+      Calls::EvaluateAlt(events_, point, result, success, buffers_);
+    } else {
+      FillEventValues(buffers_.values, parameters, count_);
+      Calls::Evaluate(events_, point, result, success, buffers_);
+    }
+    if (!success) return false;
+    y = result;
+    return true;
+  }
 
   // The block event for `rows` points; false when the host reports failure.
   bool BlockValues(std::span<const double> points, std::int32_t rows, const double* parameters, double* values) {
