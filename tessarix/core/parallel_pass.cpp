@@ -27,99 +27,131 @@ void Doorbell::Pause() noexcept {
 
 ParallelPass::ParallelPass(std::int32_t threads) {
   for (std::int32_t k = 0; k < kSlots; ++k) slots_.push_back(std::make_unique<Slot>());
-  helpers_.resize(static_cast<std::size_t>(std::max(threads - 1, 0)));
-  for (std::size_t i = 0; i < helpers_.size(); ++i) helpers_[i].thread = std::thread([this, i] { Work(i); });
+  for (std::int32_t t = 1; t < threads; ++t) helpers_.push_back(std::make_unique<Helper>());
+  for (const std::unique_ptr<Helper>& helper : helpers_) {
+    Helper* const h = helper.get();
+    h->thread = std::thread([this, h] { Work(*h); });
+  }
 }
 
 ParallelPass::~ParallelPass() {
-  End();
-  stop_.store(true, std::memory_order_seq_cst);
-  generation_.fetch_add(1, std::memory_order_seq_cst);
-  helpers_bell_.Ring();
-  for (Helper& helper : helpers_) helper.thread.join();
+  plan_.stop = true;
+  Quiesce();
+  for (const std::unique_ptr<Helper>& helper : helpers_) helper->thread.join();
 }
 
 void ParallelPass::Prepare(std::vector<std::unique_ptr<PointModel>> copies, std::int32_t block_rows,
                            std::int32_t parameter_count) {
-  End();
+  Quiesce();
   for (std::size_t i = 0; i < helpers_.size(); ++i) {
-    helpers_[i].model = i < copies.size() ? std::move(copies[i]) : nullptr;
-    helpers_[i].parameters.assign(static_cast<std::size_t>(std::max(parameter_count, 0)) + 1, 0.0);
+    helpers_[i]->model = i < copies.size() ? std::move(copies[i]) : nullptr;
+    helpers_[i]->parameters.assign(static_cast<std::size_t>(std::max(parameter_count, 0)) + 1, 0.0);
   }
+  published_parameters_.assign(static_cast<std::size_t>(std::max(parameter_count, 0)) + 1, 0.0);
   block_rows_ = std::max(block_rows, 1);
   parameter_count_ = parameter_count;
   job_blocks_ = std::max(JobRows(parameter_count) / block_rows_, 1);
-  pass_base_ = 0;
-  jobs_ = 0;
   for (const std::unique_ptr<Slot>& slot : slots_) {
-    slot->ready.store(kNoTicket, std::memory_order_relaxed);
+    slot->ready.store(kNoTag, std::memory_order_relaxed);
     slot->blocks.assign(static_cast<std::size_t>(job_blocks_), BlockResult());
     slot->values.resize(static_cast<std::size_t>(job_blocks_) * static_cast<std::size_t>(block_rows_));
   }
 }
 
+void ParallelPass::Publish(const double* parameters) {
+  {
+    const std::lock_guard<std::mutex> lock(plan_mutex_);
+    published_ = plan_;
+    if (parameters != nullptr) std::copy(parameters, parameters + parameter_count_ + 1, published_parameters_.begin());
+  }
+  generation_.store(plan_.generation, std::memory_order_seq_cst);
+  helpers_bell_.Ring();
+}
+
 void ParallelPass::Begin(const PointTable& points, std::int32_t n, const double* parameters, const std::int32_t* ia,
                          std::int32_t stride) {
   End();
-  points_ = &points;
-  n_ = n;
-  ia_ = ia;
-  stride_ = ia != nullptr ? stride : 0;
+  plan_.points = &points;
+  plan_.n = n;
+  plan_.ia = ia;
+  plan_.stride = ia != nullptr ? stride : 0;
   const std::int64_t blocks = (static_cast<std::int64_t>(n) + block_rows_ - 1) / block_rows_;
-  pass_base_ += static_cast<std::uint32_t>(jobs_);
-  jobs_ = static_cast<std::int32_t>((blocks + job_blocks_ - 1) / job_blocks_);
-  const std::size_t derivatives =
-      static_cast<std::size_t>(job_blocks_) * static_cast<std::size_t>(block_rows_) * static_cast<std::size_t>(stride_);
+  plan_.jobs = static_cast<std::int32_t>((blocks + job_blocks_ - 1) / job_blocks_);
+  ++plan_.generation;
+  const std::size_t derivatives = static_cast<std::size_t>(job_blocks_) * static_cast<std::size_t>(block_rows_) *
+                                  static_cast<std::size_t>(plan_.stride);
   for (const std::unique_ptr<Slot>& slot : slots_) {
     // Grows on the first pass of a run that asks for derivatives, and no more.
-    if (slot->derivatives.size() < derivatives) slot->derivatives.resize(derivatives);
+    // A helper may still write there for an older pass; it holds `busy`.
+    if (slot->derivatives.size() < derivatives) {
+      Acquire(*slot);
+      slot->derivatives.resize(derivatives);
+      slot->busy.store(false, std::memory_order_release);
+    }
   }
   next_block_ = 0;
   current_job_ = -1;
   own_job_ = false;
-  next_job_.store(0, std::memory_order_relaxed);
-  released_.store(0, std::memory_order_relaxed);
-  failed_.store(false, std::memory_order_relaxed);
   running_ = true;
+  released_.store(Tag(plan_.generation, 0), std::memory_order_seq_cst);
+  next_job_.store(Tag(plan_.generation, 0), std::memory_order_seq_cst);
   // A pass of one job is the caller's alone: waking a helper would cost more.
-  if (jobs_ < 2 || helpers_.empty() || helpers_[0].model == nullptr) return;
-  for (Helper& helper : helpers_) {
-    std::copy(parameters, parameters + parameter_count_ + 1, helper.parameters.begin());
-  }
+  if (plan_.jobs < 2 || helpers_.empty() || helpers_[0]->model == nullptr) return;
   // The helpers evaluate in the caller's floating-point environment (its
   // rounding, its masked exceptions), as the caller's thread would.
-  std::fegetenv(&environment_);
-  active_.store(static_cast<std::int32_t>(helpers_.size()), std::memory_order_relaxed);
-  generation_.fetch_add(1, std::memory_order_seq_cst);
-  helpers_bell_.Ring();
+  std::fegetenv(&plan_.environment);
+  Publish(parameters);
 }
 
 bool ParallelPass::IsNext(std::int32_t first, std::int32_t count, const std::int32_t* ia, std::int32_t stride) const {
-  if (!running_ || ia != ia_ || (ia != nullptr && stride != stride_)) return false;
+  if (!running_ || ia != plan_.ia || (ia != nullptr && stride != plan_.stride)) return false;
   const std::int64_t expected = 1 + static_cast<std::int64_t>(next_block_) * block_rows_;
-  return first == expected && count == std::min<std::int64_t>(block_rows_, n_ - expected + 1);
+  return first == expected && count == std::min<std::int64_t>(block_rows_, plan_.n - expected + 1);
 }
 
 void ParallelPass::End() {
   if (!running_) return;
   running_ = false;
-  if (active_.load(std::memory_order_seq_cst) == 0) return;
-  cancel_.store(true, std::memory_order_seq_cst);
+  next_job_.store(Tag(plan_.generation, kClosed), std::memory_order_seq_cst);
   helpers_bell_.Ring();
-  caller_.Wait([this] { return active_.load(std::memory_order_seq_cst) == 0; });
-  cancel_.store(false, std::memory_order_relaxed);
+}
+
+void ParallelPass::Quiesce() {
+  End();
+  // An empty plan of a new generation: every helper takes it up once it has
+  // finished whatever it was doing, and then says so.
+  ++plan_.generation;
+  plan_.jobs = 0;
+  plan_.points = nullptr;
+  plan_.ia = nullptr;
+  Publish(nullptr);
+  const std::uint32_t generation = plan_.generation;
+  caller_.Wait([this, generation] {
+    return std::all_of(helpers_.begin(), helpers_.end(), [generation](const std::unique_ptr<Helper>& helper) {
+      return helper->done.load(std::memory_order_seq_cst) == generation;
+    });
+  });
 }
 
 void ParallelPass::SetDerivativeStepFloors(const std::vector<double>& floors) {
-  End();
-  for (Helper& helper : helpers_) {
-    if (helper.model != nullptr) helper.model->SetDerivativeStepFloors(floors);
+  Quiesce();
+  for (const std::unique_ptr<Helper>& helper : helpers_) {
+    if (helper->model != nullptr) helper->model->SetDerivativeStepFloors(floors);
+  }
+}
+
+void ParallelPass::Acquire(Slot& slot) {
+  const auto free = [&slot] {
+    bool expected = false;
+    return slot.busy.compare_exchange_weak(expected, true, std::memory_order_acq_rel);
+  };
+  while (!Doorbell::Spin(free, std::chrono::microseconds(1000))) {
   }
 }
 
 bool ParallelPass::Claim(std::int32_t job) {
-  std::int32_t expected = job;
-  return next_job_.compare_exchange_strong(expected, job + 1, std::memory_order_acq_rel);
+  std::uint64_t expected = Tag(plan_.generation, job);
+  return next_job_.compare_exchange_strong(expected, expected + 1, std::memory_order_acq_rel);
 }
 
 bool ParallelPass::Take(PointModel& own, double* parameters, std::int32_t first, std::int32_t count, double* values,
@@ -128,12 +160,11 @@ bool ParallelPass::Take(PointModel& own, double* parameters, std::int32_t first,
   const std::int32_t job = block / job_blocks_;
   if (job != current_job_) {
     if (current_job_ >= 0) {
-      released_.store(current_job_ + 1, std::memory_order_seq_cst);
+      released_.store(Tag(plan_.generation, current_job_ + 1), std::memory_order_seq_cst);
       helpers_bell_.Ring();
     }
     current_job_ = job;
-    own_job_ = Claim(job);
-    if (!own_job_) AwaitJob(job, own, parameters);
+    own_job_ = Claim(job) || AwaitJob(job, own, parameters);
   }
   if (!own_job_) {
     Slot& slot = SlotOf(job);
@@ -143,8 +174,8 @@ bool ParallelPass::Take(PointModel& own, double* parameters, std::int32_t first,
       if (result.outcome == Outcome::kThrew) std::rethrow_exception(result.error);
       const std::size_t row = at * static_cast<std::size_t>(block_rows_);
       std::memcpy(values, slot.values.data() + row, static_cast<std::size_t>(count) * sizeof(double));
-      if (ia_ != nullptr) {
-        const auto stride = static_cast<std::size_t>(stride_);
+      if (plan_.ia != nullptr) {
+        const auto stride = static_cast<std::size_t>(plan_.stride);
         std::memcpy(derivatives, slot.derivatives.data() + row * stride,
                     static_cast<std::size_t>(count) * stride * sizeof(double));
       }
@@ -155,29 +186,44 @@ bool ParallelPass::Take(PointModel& own, double* parameters, std::int32_t first,
     // A block after a failure in its job: the pass goes on past it only when
     // the caller does, and then it is the caller's to evaluate.
   }
-  return own.EvaluateRows(*points_, first, count, parameters, ia_, parameter_count_, values, derivatives, stride_,
-                          failure);
+  return own.EvaluateRows(*plan_.points, first, count, parameters, plan_.ia, parameter_count_, values, derivatives,
+                          plan_.stride, failure);
 }
 
-void ParallelPass::AwaitJob(std::int32_t job, PointModel& own, double* parameters) {
+bool ParallelPass::AwaitJob(std::int32_t job, PointModel& own, double* parameters) {
   Slot& slot = SlotOf(job);
-  const std::uint32_t ticket = Ticket(job);
-  const auto done = [&slot, ticket] { return slot.ready.load(std::memory_order_seq_cst) == ticket; };
+  const std::uint64_t tag = Tag(plan_.generation, job);
+  const auto done = [&slot, tag] { return slot.ready.load(std::memory_order_seq_cst) == tag; };
+  auto waited = std::chrono::microseconds(0);
   for (;;) {
-    if (done()) return;
+    if (done()) return false;
     // While a helper finishes this job, the caller's thread evaluates a later
-    // one whose slot is free (the slots of the jobs before `job` are).
-    const std::int32_t later = next_job_.load(std::memory_order_acquire);
-    if (later < jobs_ && later < job + kSlots && !failed_.load(std::memory_order_relaxed)) {
-      if (Claim(later)) Evaluate(later, own, parameters);
+    // one whose slot is free (the slots of the jobs before `job` are, once no
+    // late helper writes there).
+    const std::int64_t later = JobOf(next_job_.load(std::memory_order_acquire));
+    if (later < plan_.jobs && later < job + kSlots && failed_.load(std::memory_order_relaxed) != plan_.generation &&
+        !SlotOf(later).busy.load(std::memory_order_relaxed) && Claim(static_cast<std::int32_t>(later))) {
+      Evaluate(plan_, static_cast<std::int32_t>(later), own, parameters);
       continue;
     }
-    caller_.Wait(done);
+    constexpr std::chrono::microseconds kLook{20};
+    if (Doorbell::Spin(done, kLook)) return false;
+    waited += kLook;
+    if (waited >= kLateAfter) return true;
   }
 }
 
-void ParallelPass::Evaluate(std::int32_t job, PointModel& model, double* parameters) {
+void ParallelPass::Evaluate(const Plan& plan, std::int32_t job, PointModel& model, double* parameters) {
   Slot& slot = SlotOf(job);
+  // A helper still writing an older job here (one that the caller's thread
+  // took over) finishes first.
+  Acquire(slot);
+  // A helper that comes to write only after its pass has ended (put aside
+  // between its claim and here) leaves the slot to the running pass.
+  if (GenerationOf(next_job_.load(std::memory_order_seq_cst)) != plan.generation) {
+    slot.busy.store(false, std::memory_order_release);
+    return;
+  }
   const std::int64_t first_block = static_cast<std::int64_t>(job) * job_blocks_;
   bool going = true;
   for (std::int32_t b = 0; b < job_blocks_; ++b) {
@@ -185,15 +231,15 @@ void ParallelPass::Evaluate(std::int32_t job, PointModel& model, double* paramet
     result.outcome = Outcome::kSkipped;
     result.error = nullptr;
     const std::int64_t first = 1 + (first_block + b) * block_rows_;
-    if (!going || first > n_) continue;
-    const auto count = static_cast<std::int32_t>(std::min<std::int64_t>(block_rows_, n_ - first + 1));
+    if (!going || first > plan.n) continue;
+    const auto count = static_cast<std::int32_t>(std::min<std::int64_t>(block_rows_, plan.n - first + 1));
     const std::size_t row = static_cast<std::size_t>(b) * static_cast<std::size_t>(block_rows_);
     try {
       const bool ok = model.EvaluateRows(
-          *points_, static_cast<std::int32_t>(first), count, parameters, ia_, parameter_count_,
+          *plan.points, static_cast<std::int32_t>(first), count, parameters, plan.ia, parameter_count_,
           slot.values.data() + row,
-          ia_ != nullptr ? slot.derivatives.data() + row * static_cast<std::size_t>(stride_) : nullptr, stride_,
-          result.failure);
+          plan.ia != nullptr ? slot.derivatives.data() + row * static_cast<std::size_t>(plan.stride) : nullptr,
+          plan.stride, result.failure);
       result.outcome = ok ? Outcome::kDone : Outcome::kFailed;
     } catch (...) {
       result.outcome = Outcome::kThrew;
@@ -203,40 +249,52 @@ void ParallelPass::Evaluate(std::int32_t job, PointModel& model, double* paramet
       // The serial pass ends at this block: the rest of the job, and the jobs
       // after it, are not worth evaluating.
       going = false;
-      failed_.store(true, std::memory_order_relaxed);
+      failed_.store(plan.generation, std::memory_order_relaxed);
     }
   }
-  slot.ready.store(Ticket(job), std::memory_order_seq_cst);
-  caller_.Ring();
+  slot.ready.store(Tag(plan.generation, job), std::memory_order_seq_cst);
+  slot.busy.store(false, std::memory_order_release);
 }
 
 void ParallelPass::RunPass(Helper& helper) {
-  std::fesetenv(&environment_);
+  const Plan& plan = helper.plan;
+  std::fesetenv(&plan.environment);
   for (;;) {
-    if (cancel_.load(std::memory_order_seq_cst) || failed_.load(std::memory_order_relaxed)) return;
-    std::int32_t job = next_job_.load(std::memory_order_acquire);
-    if (job >= jobs_) return;
-    if (job >= released_.load(std::memory_order_seq_cst) + kSlots) {
-      helpers_bell_.Wait([this, job] {
-        return cancel_.load(std::memory_order_seq_cst) || job < released_.load(std::memory_order_seq_cst) + kSlots ||
-               next_job_.load(std::memory_order_relaxed) != job;
+    std::uint64_t claim = next_job_.load(std::memory_order_seq_cst);
+    if (GenerationOf(claim) != plan.generation || JobOf(claim) >= plan.jobs ||
+        failed_.load(std::memory_order_relaxed) == plan.generation) {
+      return;
+    }
+    const std::uint64_t released = released_.load(std::memory_order_seq_cst);
+    if (GenerationOf(released) != plan.generation) return;
+    if (JobOf(claim) >= JobOf(released) + kSlots) {
+      helpers_bell_.Wait([this, claim, released] {
+        return next_job_.load(std::memory_order_seq_cst) != claim ||
+               released_.load(std::memory_order_seq_cst) != released;
       });
       continue;
     }
-    if (!next_job_.compare_exchange_weak(job, job + 1, std::memory_order_acq_rel)) continue;
-    Evaluate(job, *helper.model, helper.parameters.data());
+    if (!next_job_.compare_exchange_weak(claim, claim + 1, std::memory_order_acq_rel)) continue;
+    Evaluate(plan, static_cast<std::int32_t>(JobOf(claim)), *helper.model, helper.parameters.data());
   }
 }
 
-void ParallelPass::Work(std::size_t index) {
+void ParallelPass::Work(Helper& helper) {
   std::uint32_t seen = 0;
   for (;;) {
     helpers_bell_.Wait([this, seen] { return generation_.load(std::memory_order_seq_cst) != seen; });
-    seen = generation_.load(std::memory_order_seq_cst);
-    if (stop_.load(std::memory_order_seq_cst)) return;
-    RunPass(helpers_[index]);
-    active_.fetch_sub(1, std::memory_order_seq_cst);
+    {
+      const std::lock_guard<std::mutex> lock(plan_mutex_);
+      helper.plan = published_;
+      if (helper.plan.jobs > 0) {
+        std::copy(published_parameters_.begin(), published_parameters_.end(), helper.parameters.begin());
+      }
+    }
+    seen = helper.plan.generation;
+    if (helper.plan.jobs > 0 && helper.model != nullptr) RunPass(helper);
+    helper.done.store(seen, std::memory_order_seq_cst);
     caller_.Ring();
+    if (helper.plan.stop) return;
   }
 }
 

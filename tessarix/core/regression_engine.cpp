@@ -196,7 +196,7 @@ void RegressionEngine::PrepareThreads() {
 }
 
 void RegressionEngine::EndParallelPass() {
-  if (pass_ != nullptr) pass_->End();
+  if (pass_ != nullptr && parallel_) pass_->Quiesce();
   parallel_ = false;
 }
 

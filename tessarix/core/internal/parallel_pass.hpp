@@ -5,15 +5,21 @@
 // a serial pass; the helpers evaluate the blocks ahead of it. The rows are
 // dealt out in jobs of a few blocks: a helper claims the next job nobody has
 // taken and writes it into one slot of a small ring; the caller's thread
-// takes over a job it reaches before anyone claimed it, and while it waits
-// for a helper's job it evaluates a later one itself. Which thread evaluates
-// a row changes nothing in its value, and the sums are formed by one thread
-// in the order of the rows, so the results are those of a serial pass for
-// any number of threads and any scheduling.
+// takes over a job it reaches before anyone claimed it, evaluates a later
+// one while it waits for a helper's, and evaluates a helper's job itself when
+// the helper is late with it (a helper the system has put aside). Which
+// thread evaluates a row changes nothing in its value, and the sums are formed
+// by one thread in the order of the rows, so the results are those of a
+// serial pass for any number of threads and any scheduling.
 //
 // A block that fails or throws in a helper is reported when the caller's
 // thread reaches it, as the serial pass would meet it: the blocks before are
 // handed over complete, the rows after are never looked at.
+//
+// No thread waits for another at the end of a pass: every pass has a
+// generation, and the claims and results of a helper still busy with an
+// older one are recognised and left alone. The helpers are waited for only
+// where what they read goes away (the end of a run, a new model copy).
 #pragma once
 
 #include <atomic>
@@ -34,8 +40,8 @@
 namespace tessarix::detail {
 
 // Where one thread waits for another's progress: it spins for a short while
-// (the wait inside a pass is short, and going to sleep and waking would cost
-// more), then sleeps until the other rings. A thread rings after every
+// (the waits inside a pass are short, and going to sleep and waking would
+// cost more), then sleeps until the other rings. A thread rings after every
 // change that a waiter may wait for; the changes are sequentially consistent
 // stores, so that either the waiter sees the change or the ringer sees the
 // sleeper.
@@ -43,7 +49,7 @@ class Doorbell {
  public:
   template <class Ready>
   void Wait(Ready ready) {
-    if (Spin(ready)) return;
+    if (Spin(ready, kSpinTime)) return;
     std::unique_lock<std::mutex> lock(mutex_);
     sleepers_.fetch_add(1, std::memory_order_seq_cst);
     while (!ready()) bell_.wait(lock);
@@ -55,12 +61,11 @@ class Doorbell {
     bell_.notify_all();
   }
 
- private:
-  // Whether `ready` came true within the spinning time: first on the spot,
+  // Whether `ready` came true within `time`: looked at on the spot at first,
   // then giving the processor to any other thread that wants it between
   // looks (on a machine with more threads than cores, the one waited for).
   template <class Ready>
-  static bool Spin(Ready& ready) {
+  static bool Spin(const Ready& ready, std::chrono::microseconds time) {
     if (ready()) return true;
     const auto start = std::chrono::steady_clock::now();
     for (;;) {
@@ -69,10 +74,12 @@ class Doorbell {
         Pause();
       }
       const auto spent = std::chrono::steady_clock::now() - start;
-      if (spent >= kSpinTime) return ready();
+      if (spent >= time) return ready();
       if (spent >= kPauseTime) std::this_thread::yield();
     }
   }
+
+ private:
   static void Pause() noexcept;
 
   static constexpr std::chrono::microseconds kPauseTime{20};
@@ -86,7 +93,7 @@ class Doorbell {
 
 class ParallelPass {
  public:
-  // `threads` - 1 helper threads, started at once; they sleep between passes.
+  // `threads` - 1 helper threads, started at once; they sleep between runs.
   explicit ParallelPass(std::int32_t threads);
   ~ParallelPass();
   ParallelPass(const ParallelPass&) = delete;
@@ -97,12 +104,12 @@ class ParallelPass {
 
   // Readies a run: one copy of the model per helper (copies that share
   // nothing an evaluation writes), blocks of `block_rows` as the model hands
-  // them out, `parameter_count` parameters. Ends a pass still running.
+  // them out, `parameter_count` parameters. Waits for the helpers.
   void Prepare(std::vector<std::unique_ptr<PointModel>> copies, std::int32_t block_rows, std::int32_t parameter_count);
 
   // Starts a pass over rows 1..n of `points` at `parameters` (one-based),
   // with the derivatives of the parameters marked in `ia` into rows of
-  // `stride` when `ia` is not null. The pass that ran before is ended first.
+  // `stride` when `ia` is not null. The pass that ran before is over.
   void Begin(const PointTable& points, std::int32_t n, const double* parameters, const std::int32_t* ia,
              std::int32_t stride);
 
@@ -117,11 +124,14 @@ class ParallelPass {
   [[nodiscard]] bool Take(PointModel& own, double* parameters, std::int32_t first, std::int32_t count, double* values,
                           double* derivatives, RowFailure& failure);
 
-  // Ends the running pass: the helpers stop and go back to sleep; nothing of
-  // the pass is read after this returns.
+  // Ends the running pass: no helper claims a job of it any more.
   void End();
 
-  // Applied to every helper's model; only between passes.
+  // Ends the pass and waits until no helper evaluates anything: after it,
+  // the points, the models and the arrays of the run may go.
+  void Quiesce();
+
+  // Applied to every helper's model; waits for the helpers first.
   void SetDerivativeStepFloors(const std::vector<double>& floors);
 
  private:
@@ -131,70 +141,97 @@ class ParallelPass {
     RowFailure failure;
     std::exception_ptr error;
   };
-  // One job's results. `ready` (the ticket of the job complete here) sits on
-  // a cache line of its own: the helper writes it, the caller polls it.
+  // One job's results. `ready` (the tag of the job complete here) and `busy`
+  // (a thread writes here) sit on a cache line of their own.
   struct Slot {
-    alignas(64) std::atomic<std::uint32_t> ready{kNoTicket};
+    alignas(64) std::atomic<std::uint64_t> ready{kNoTag};
+    std::atomic<bool> busy{false};
     alignas(64) std::vector<double> values;
     std::vector<double> derivatives;
     std::vector<BlockResult> blocks;
   };
+  // What a thread needs to know of a pass; each helper takes a copy when it
+  // joins one, so that what the caller's thread writes for the next pass
+  // never meets an evaluation of this one.
+  struct Plan {
+    const PointTable* points = nullptr;
+    const std::int32_t* ia = nullptr;
+    std::int32_t n = 0;
+    std::int32_t stride = 0;
+    std::int32_t jobs = 0;
+    std::uint32_t generation = 0;
+    bool stop = false;  // the helpers leave (the last plan)
+    std::fenv_t environment{};
+  };
   struct Helper {
     std::unique_ptr<PointModel> model;
+    Plan plan;
     Vector1 parameters;
     std::thread thread;
+    // The last generation this helper has seen and finished with.
+    alignas(64) std::atomic<std::uint32_t> done{0};
   };
 
-  void Work(std::size_t index);
+  void Work(Helper& helper);
   void RunPass(Helper& helper);
-  // Evaluates job `job` into its slot with `model` at `parameters`.
-  void Evaluate(std::int32_t job, PointModel& model, double* parameters);
+  // Evaluates job `job` of `plan` into its slot with `model` at `parameters`.
+  void Evaluate(const Plan& plan, std::int32_t job, PointModel& model, double* parameters);
   // Waits until job `job`'s results are in its slot, evaluating later jobs
-  // meanwhile when their slots are free.
-  void AwaitJob(std::int32_t job, PointModel& own, double* parameters);
-  // Claims job `job` when nobody has; false when another thread has it.
+  // meanwhile when their slots are free; true when the helper is so late
+  // that the caller's thread evaluates the job itself.
+  bool AwaitJob(std::int32_t job, PointModel& own, double* parameters);
+  // Claims job `job` of the running pass when nobody has.
   bool Claim(std::int32_t job);
-  // The mark of a job's results: unique within a run (the ring is reset by
-  // each run).
-  std::uint32_t Ticket(std::int32_t job) const { return pass_base_ + static_cast<std::uint32_t>(job); }
-  Slot& SlotOf(std::int32_t job) { return *slots_[static_cast<std::size_t>(job % kSlots)]; }
+  // Job `job` of generation `generation` (the claims and the results carry it).
+  static std::uint64_t Tag(std::uint32_t generation, std::int64_t job) {
+    return (static_cast<std::uint64_t>(generation) << 32) | static_cast<std::uint32_t>(job);
+  }
+  static std::uint32_t GenerationOf(std::uint64_t tag) { return static_cast<std::uint32_t>(tag >> 32); }
+  static std::int64_t JobOf(std::uint64_t tag) { return static_cast<std::int64_t>(tag & 0xffffffffU); }
+  Slot& SlotOf(std::int64_t job) { return *slots_[static_cast<std::size_t>(job % kSlots)]; }
+  // Waits until no other thread writes into `slot`, and marks it busy.
+  static void Acquire(Slot& slot);
+  // Publishes `plan_` (and the parameters) as generation `plan_.generation`.
+  void Publish(const double* parameters);
 
   static constexpr std::int32_t kSlots = 4;
-  static constexpr std::uint32_t kNoTicket = 0xffffffffU;
+  static constexpr std::uint64_t kNoTag = ~std::uint64_t{0};
+  // A job number no pass reaches: the claims of an ended pass.
+  static constexpr std::int64_t kClosed = 0xffffffffLL;
+  // How long the caller's thread waits for a helper's job before it
+  // evaluates the job itself: many times a job's evaluation.
+  static constexpr std::chrono::microseconds kLateAfter{200};
 
-  std::vector<Helper> helpers_;
+  std::vector<std::unique_ptr<Helper>> helpers_;
   std::vector<std::unique_ptr<Slot>> slots_;
 
-  // The pass, written by the caller's thread before `generation_` moves on.
-  const PointTable* points_ = nullptr;
-  const std::int32_t* ia_ = nullptr;
-  std::int32_t n_ = 0;
+  // The run's shape (written between runs only).
   std::int32_t block_rows_ = 1;
-  std::int32_t stride_ = 0;
   std::int32_t parameter_count_ = 0;
   std::int32_t job_blocks_ = 1;
-  std::int32_t jobs_ = 0;
-  std::uint32_t pass_base_ = 0;
-  std::fenv_t environment_{};
-  bool running_ = false;
 
-  // The caller's thread alone: the block it hands out next, the job it is
-  // in, and whether that job is its own (evaluated straight into its arrays).
+  // The caller's thread alone: the running pass, the block it hands out
+  // next, the job it is in, and whether that job is its own (evaluated
+  // straight into its arrays).
+  Plan plan_;
+  bool running_ = false;
   std::int32_t next_block_ = 0;
   std::int32_t current_job_ = -1;
   bool own_job_ = false;
 
-  // Shared with the helpers, each on a cache line of its own. A helper that
-  // sleeps waits for one of them to change.
-  alignas(64) std::atomic<std::int32_t> next_job_{0};     // the first job nobody has claimed
-  alignas(64) std::atomic<std::int32_t> released_{0};     // jobs before it are read, their slots free
-  alignas(64) std::atomic<std::uint32_t> generation_{0};  // moves on when a pass begins
-  alignas(64) std::atomic<std::int32_t> active_{0};       // helpers still in the pass
-  alignas(64) std::atomic<bool> cancel_{false};
-  std::atomic<bool> failed_{false};  // a helper met a failure: no more jobs are worth claiming
-  std::atomic<bool> stop_{false};
-  // The caller's thread waits here for a job and for the helpers' leaving a
-  // pass; the helpers wait here for a pass and for a free slot.
+  // The plan as the helpers copy it.
+  std::mutex plan_mutex_;
+  Plan published_;
+  Vector1 published_parameters_;
+
+  // Shared with the helpers, each on a cache line of its own; a tag's upper
+  // half is the generation of its pass.
+  alignas(64) std::atomic<std::uint64_t> next_job_{0};    // the first job nobody has claimed
+  alignas(64) std::atomic<std::uint64_t> released_{0};    // jobs before it are read, their slots free
+  alignas(64) std::atomic<std::uint32_t> generation_{0};  // the newest plan published
+  alignas(64) std::atomic<std::uint32_t> failed_{0};      // the generation in which a block failed
+  // The caller's thread waits here for the helpers to finish with a
+  // generation; the helpers wait here for a plan and for a free slot.
   Doorbell caller_;
   Doorbell helpers_bell_;
 };
