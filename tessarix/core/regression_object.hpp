@@ -194,10 +194,10 @@ class TESSARIX_API RegressionObject {
   // The trust-region method gives each of the reasons as its log tells.
   ConvergenceReasonEnum ConvergenceReason() const;
   // ---- extension: threads --------------------------------------------------------
-  // The threads of a pass over the data, 1 (the default) or more. Each thread
-  // evaluates the model on its share of the observations and the sums are
-  // then formed in the order of the observations, so every result is the same
-  // for any number of threads. A pass runs in parallel for pre-defined models
+  // The threads of a pass over the data, 1 (the default) or more. Helper
+  // threads evaluate the model ahead of the calling thread, which forms the
+  // sums in the order of the observations, so every result is the same for
+  // any number of threads. A pass runs in parallel for pre-defined models
   // and for external models whose host has declared its events thread-safe;
   // user models (whose sub-definitions keep values from one evaluation to the
   // next) and other external models run on one thread. The setter raises
