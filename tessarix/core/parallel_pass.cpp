@@ -40,22 +40,21 @@ ParallelPass::~ParallelPass() {
   for (const std::unique_ptr<Helper>& helper : helpers_) helper->thread.join();
 }
 
-void ParallelPass::Prepare(std::vector<std::unique_ptr<PointModel>> copies, std::int32_t block_rows,
-                           std::int32_t parameter_count) {
+void ParallelPass::Prepare(const PointModel& model, std::int32_t block_rows, std::int32_t parameter_count) {
   Quiesce();
-  for (std::size_t i = 0; i < helpers_.size(); ++i) {
-    helpers_[i]->model = i < copies.size() ? std::move(copies[i]) : nullptr;
-    helpers_[i]->parameters.assign(static_cast<std::size_t>(std::max(parameter_count, 0)) + 1, 0.0);
-  }
-  published_parameters_.assign(static_cast<std::size_t>(std::max(parameter_count, 0)) + 1, 0.0);
   block_rows_ = std::max(block_rows, 1);
   parameter_count_ = parameter_count;
   job_blocks_ = std::max(JobRows(parameter_count) / block_rows_, 1);
+  published_parameters_.assign(static_cast<std::size_t>(std::max(parameter_count, 0)) + 1, 0.0);
   for (const std::unique_ptr<Slot>& slot : slots_) {
     slot->ready.store(kNoTag, std::memory_order_relaxed);
     slot->blocks.assign(static_cast<std::size_t>(job_blocks_), BlockResult());
     slot->values.resize(static_cast<std::size_t>(job_blocks_) * static_cast<std::size_t>(block_rows_));
   }
+  plan_.prototype = &model;
+  plan_.parameter_count = parameter_count;
+  PublishAndWait();
+  plan_.prototype = nullptr;
 }
 
 void ParallelPass::Publish(const double* parameters) {
@@ -118,8 +117,12 @@ void ParallelPass::End() {
 
 void ParallelPass::Quiesce() {
   End();
-  // An empty plan of a new generation: every helper takes it up once it has
-  // finished whatever it was doing, and then says so.
+  PublishAndWait();
+}
+
+// An empty plan of a new generation: every helper takes it up once it has
+// finished whatever it was doing, and then says so.
+void ParallelPass::PublishAndWait() {
   ++plan_.generation;
   plan_.jobs = 0;
   plan_.points = nullptr;
@@ -291,6 +294,10 @@ void ParallelPass::Work(Helper& helper) {
       }
     }
     seen = helper.plan.generation;
+    if (helper.plan.prototype != nullptr) {
+      helper.model = helper.plan.prototype->ThreadCopy();
+      helper.parameters.assign(static_cast<std::size_t>(std::max(helper.plan.parameter_count, 0)) + 1, 0.0);
+    }
     if (helper.plan.jobs > 0 && helper.model != nullptr) RunPass(helper);
     helper.done.store(seen, std::memory_order_seq_cst);
     caller_.Ring();

@@ -181,17 +181,13 @@ void RegressionEngine::PrepareThreads() {
   parallel_ = false;
   if (core.threads < 2 || kind == nullptr) return;
   if (model.type == tsxModelExternal && !core.thread_safe_events) return;
-  std::vector<std::unique_ptr<PointModel>> copies;
-  for (std::int32_t t = 1; t < core.threads; ++t) {
-    std::unique_ptr<PointModel> copy = kind->ThreadCopy();
-    if (copy == nullptr) return;
-    copies.push_back(std::move(copy));
-  }
+  // A kind without copies for other threads runs serially.
+  if (kind->ThreadCopy() == nullptr) return;
   if (pass_ == nullptr || pass_->Threads() != core.threads) {
     pass_.reset();
     pass_ = std::make_unique<ParallelPass>(core.threads);
   }
-  pass_->Prepare(std::move(copies), kind->BlockRows(), core.parameter_count);
+  pass_->Prepare(*kind, kind->BlockRows(), core.parameter_count);
   parallel_ = true;
 }
 

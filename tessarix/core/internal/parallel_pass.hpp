@@ -102,10 +102,13 @@ class ParallelPass {
   // Threads of a pass, the caller's included.
   std::int32_t Threads() const { return static_cast<std::int32_t>(helpers_.size()) + 1; }
 
-  // Readies a run: one copy of the model per helper (copies that share
-  // nothing an evaluation writes), blocks of `block_rows` as the model hands
-  // them out, `parameter_count` parameters. Waits for the helpers.
-  void Prepare(std::vector<std::unique_ptr<PointModel>> copies, std::int32_t block_rows, std::int32_t parameter_count);
+  // Readies a run of `model` (whose ThreadCopy is not null): blocks of
+  // `block_rows` as the model hands them out, `parameter_count` parameters.
+  // Each helper makes its copy of the model and its parameter array on its
+  // own thread, so that what it writes for every row lies in its own part of
+  // the heap, away from the caller's (a line shared by both would travel
+  // between the cores at every row). Waits for the helpers.
+  void Prepare(const PointModel& model, std::int32_t block_rows, std::int32_t parameter_count);
 
   // Starts a pass over rows 1..n of `points` at `parameters` (one-based),
   // with the derivatives of the parameters marked in `ia` into rows of
@@ -160,7 +163,9 @@ class ParallelPass {
     std::int32_t stride = 0;
     std::int32_t jobs = 0;
     std::uint32_t generation = 0;
-    bool stop = false;  // the helpers leave (the last plan)
+    bool stop = false;                      // the helpers leave (the last plan)
+    const PointModel* prototype = nullptr;  // the helpers make their copies of it
+    std::int32_t parameter_count = 0;
     std::fenv_t environment{};
   };
   struct Helper {
@@ -193,6 +198,9 @@ class ParallelPass {
   static void Acquire(Slot& slot);
   // Publishes `plan_` (and the parameters) as generation `plan_.generation`.
   void Publish(const double* parameters);
+  // Publishes `plan_` without a pass as a new generation and waits until
+  // every helper has taken it up.
+  void PublishAndWait();
 
   static constexpr std::int32_t kSlots = 4;
   static constexpr std::uint64_t kNoTag = ~std::uint64_t{0};
