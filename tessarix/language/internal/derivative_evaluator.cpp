@@ -1,5 +1,6 @@
 #include "tessarix/language/internal/derivative_evaluator.hpp"
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -45,8 +46,12 @@ constexpr std::int32_t kMaxNesting = 16;
 constexpr std::size_t kTemporaries = 6;
 
 // The rows of one block. Cell k of the stack has its value row and `p`
-// partial rows; a cell whose `depends` flag is 0 has partials that are all 0
-// and not stored.
+// partial rows. Partial j of cell k is stored only where its `nonzero` flag
+// is set: a cleared flag stands for a row of zeros, which most partials are
+// (a pushed parameter moves with itself alone, and an operation keeps the
+// parameters its operands move with), so that an instruction costs as many
+// row operations as there are partials it can change. `depends` tells
+// whether any flag of the cell is set.
 struct Dual {
   double* values;
   double* partials;
@@ -57,6 +62,8 @@ struct Dual {
   double* temporaries;
   std::uint8_t* depends;        // the stack cells
   std::uint8_t* saved_depends;  // the ten saved values
+  std::uint8_t* nonzero;        // per stack cell, p flags
+  std::uint8_t* saved_nonzero;  // per saved value, p flags
   std::size_t p;
 
   double* Value(std::int32_t k) const { return values + static_cast<std::size_t>(k) * kRow; }
@@ -65,6 +72,7 @@ struct Dual {
   }
   double* Temporary(std::size_t t) const { return temporaries + t * kRow; }
   std::uint8_t& Depends(std::int32_t k) const { return depends[k]; }
+  std::uint8_t& Nonzero(std::int32_t k, std::size_t j) const { return nonzero[static_cast<std::size_t>(k) * p + j]; }
 };
 
 using block_steps::Map;
@@ -76,32 +84,80 @@ inline void Fill(double* row, double v) {
   for (std::int32_t i = 0; i < kLanes; ++i) row[i] = v;
 }
 
-// Cell k's partials all 0, stored.
-void ZeroPartials(const Dual& d, std::int32_t k) {
-  for (std::size_t j = 0; j < d.p; ++j) Fill(d.Partial(k, j), 0.0);
+// Cell k without partials.
+void Clear(const Dual& d, std::int32_t k) {
+  if (d.Depends(k) == 0) return;
+  for (std::size_t j = 0; j < d.p; ++j) d.Nonzero(k, j) = 0;
+  d.Depends(k) = 0;
+}
+// Cell k's partials stored as rows for every parameter (the zero ones
+// written out), for the lane-by-lane choice of a conditional.
+void Materialise(const Dual& d, std::int32_t k) {
+  for (std::size_t j = 0; j < d.p; ++j) {
+    if (d.Nonzero(k, j) == 0) Fill(d.Partial(k, j), 0.0);
+    d.Nonzero(k, j) = 1;
+  }
   d.Depends(k) = 1;
 }
 // Cell k's partials times g, lane by lane.
 void Scale(const Dual& d, std::int32_t k, const double* g) {
-  for (std::size_t j = 0; j < d.p; ++j) {
+  for (std::size_t j = 0; d.Depends(k) != 0 && j < d.p; ++j) {
+    if (d.Nonzero(k, j) == 0) continue;
     double* row = d.Partial(k, j);
     for (std::int32_t i = 0; i < kLanes; ++i) row[i] *= g[i];
   }
 }
-// Cell a's partials = ga * a's + gb * b's (either factor row null: that
-// operand has no partials).
-void Combine(const Dual& d, std::int32_t a, const double* ga, std::int32_t b, const double* gb) {
-  const bool da = d.Depends(a) != 0 && ga != nullptr;
-  const bool db = d.Depends(b) != 0 && gb != nullptr;
-  for (std::size_t j = 0; j < d.p; ++j) {
-    double* out = d.Partial(a, j);
-    const double* pb = d.Partial(b, j);
-    for (std::int32_t i = 0; i < kLanes; ++i) {
-      const double left = da ? ga[i] * out[i] : 0.0;
-      out[i] = db ? left + gb[i] * pb[i] : left;
-    }
+
+// The factor of an operand's partials in the chain rule: a row, or exactly
+// +1 or -1 (the sums and differences, whose products by 1 are exact and so
+// left out), or none (the operand's partials do not count).
+struct Factor {
+  const double* row = nullptr;
+  double sign = 0.0;  // +1 or -1 when row is null; 0: none
+  static Factor Of(const double* g) { return {g, g != nullptr ? 1.0 : 0.0}; }
+  static Factor Unit(double s) { return {nullptr, s}; }
+  bool Counts() const { return row != nullptr || sign != 0.0; }
+};
+inline void Apply(const Factor& f, double* out, const double* in) {
+  if (f.row != nullptr) {
+    for (std::int32_t i = 0; i < kLanes; ++i) out[i] = f.row[i] * in[i];
+  } else if (f.sign > 0.0) {
+    if (out != in) Copy(out, in);
+  } else {
+    for (std::int32_t i = 0; i < kLanes; ++i) out[i] = -in[i];
   }
-  d.Depends(a) = (da || db) ? 1 : 0;
+}
+
+// Cell a's partials = fa * a's + fb * b's, partial by partial, over the
+// partials either operand has.
+void Combine(const Dual& d, std::int32_t a, const Factor& fa, std::int32_t b, const Factor& fb) {
+  const bool da = d.Depends(a) != 0 && fa.Counts();
+  const bool db = d.Depends(b) != 0 && fb.Counts();
+  bool any = false;
+  for (std::size_t j = 0; j < d.p; ++j) {
+    const bool na = da && d.Nonzero(a, j) != 0;
+    const bool nb = db && d.Nonzero(b, j) != 0;
+    double* out = d.Partial(a, j);
+    if (na && nb) {
+      const double* pb = d.Partial(b, j);
+      if (fa.row != nullptr && fb.row != nullptr) {
+        for (std::int32_t i = 0; i < kLanes; ++i) out[i] = fa.row[i] * out[i] + fb.row[i] * pb[i];
+      } else if (fa.row != nullptr) {
+        for (std::int32_t i = 0; i < kLanes; ++i) out[i] = fa.row[i] * out[i] + fb.sign * pb[i];
+      } else if (fb.row != nullptr) {
+        for (std::int32_t i = 0; i < kLanes; ++i) out[i] = fa.sign * out[i] + fb.row[i] * pb[i];
+      } else {
+        for (std::int32_t i = 0; i < kLanes; ++i) out[i] = fa.sign * out[i] + fb.sign * pb[i];
+      }
+    } else if (na) {
+      Apply(fa, out, out);
+    } else if (nb) {
+      Apply(fb, out, d.Partial(b, j));
+    }
+    d.Nonzero(a, j) = (na || nb) ? 1 : 0;
+    any = any || na || nb;
+  }
+  d.Depends(a) = any ? 1 : 0;
 }
 
 // The factor of a function word's argument `which`, lane by lane, into g.
@@ -137,13 +193,15 @@ bool RunDual(const ModelProgram& program, const DerivativePlan& rules, const Dua
   const auto column = [&](double* row, std::int32_t c) {
     for (std::int32_t i = 0; i < kLanes; ++i) row[i] = points[static_cast<std::ptrdiff_t>(i) * width + c];
   };
-  // A pushed parameter: its own partial is 1.
+  // A pushed value: no partials; a pushed parameter: its own partial is 1.
+  const auto flat = [&](std::int32_t k) { Clear(d, k); };
   const auto unit = [&](std::int32_t k, std::int32_t parameter) {
+    Clear(d, k);
     const std::int32_t s = slot[parameter];
-    d.Depends(k) = 0;
     if (s < 0) return;
-    ZeroPartials(d, k);
     Fill(d.Partial(k, static_cast<std::size_t>(s)), 1.0);
+    d.Nonzero(k, static_cast<std::size_t>(s)) = 1;
+    d.Depends(k) = 1;
   };
   std::int32_t sp = -1;
   std::int32_t pc = 1;
@@ -156,9 +214,9 @@ bool RunDual(const ModelProgram& program, const DerivativePlan& rules, const Dua
       const double* condition = branch_row(depth, 0);
       const double* true_checks = branch_row(depth, 2);
       const std::int32_t a = sp - 1;
-      if (d.Depends(a) != d.Depends(sp)) {
-        if (d.Depends(a) == 0) ZeroPartials(d, a);
-        if (d.Depends(sp) == 0) ZeroPartials(d, sp);
+      if (d.Depends(a) != 0 || d.Depends(sp) != 0) {
+        Materialise(d, a);
+        Materialise(d, sp);
       }
       for (std::size_t j = 0; d.Depends(a) != 0 && j < d.p; ++j) {
         double* chosen = d.Partial(a, j);
@@ -197,15 +255,15 @@ bool RunDual(const ModelProgram& program, const DerivativePlan& rules, const Dua
       }
       case Instr::X:
         column(d.Value(++sp), 0);
-        d.Depends(sp) = 0;
+        flat(sp);
         break;
       case Instr::Variable:
         column(d.Value(++sp), in.a);
-        d.Depends(sp) = 0;
+        flat(sp);
         break;
       case Instr::Constant:
         Fill(d.Value(++sp), in.value);
-        d.Depends(sp) = 0;
+        flat(sp);
         break;
       case Instr::Parameter:
         Fill(d.Value(++sp), parameters[in.a]);
@@ -213,15 +271,17 @@ bool RunDual(const ModelProgram& program, const DerivativePlan& rules, const Dua
         break;
       case Instr::DataWord:
         Fill(d.Value(++sp), stats.Lookup(static_cast<DataWord>(in.a), in.b));
-        d.Depends(sp) = 0;
+        flat(sp);
         break;
       case Instr::Recall: {
         ++sp;
         const std::size_t k = static_cast<std::size_t>(in.a);
         Copy(d.Value(sp), d.saved + k * kRow);
+        Clear(d, sp);
         d.Depends(sp) = d.saved_depends[k];
         for (std::size_t j = 0; d.Depends(sp) != 0 && j < d.p; ++j) {
-          Copy(d.Partial(sp, j), d.saved_partials + (k * d.p + j) * kRow);
+          d.Nonzero(sp, j) = d.saved_nonzero[k * d.p + j];
+          if (d.Nonzero(sp, j) != 0) Copy(d.Partial(sp, j), d.saved_partials + (k * d.p + j) * kRow);
         }
         break;
       }
@@ -230,8 +290,10 @@ bool RunDual(const ModelProgram& program, const DerivativePlan& rules, const Dua
         const std::size_t k = static_cast<std::size_t>(in.a);
         Copy(d.saved + k * kRow, top);
         d.saved_depends[k] = d.Depends(sp);
-        for (std::size_t j = 0; d.Depends(sp) != 0 && j < d.p; ++j) {
-          Copy(d.saved_partials + (k * d.p + j) * kRow, d.Partial(sp, j));
+        for (std::size_t j = 0; j < d.p; ++j) {
+          const std::uint8_t nz = d.Depends(sp) != 0 ? d.Nonzero(sp, j) : 0;
+          d.saved_nonzero[k * d.p + j] = nz;
+          if (nz != 0) Copy(d.saved_partials + (k * d.p + j) * kRow, d.Partial(sp, j));
         }
         break;
       }
@@ -239,6 +301,7 @@ bool RunDual(const ModelProgram& program, const DerivativePlan& rules, const Dua
         if (top == nullptr) return false;
         for (std::int32_t i = 0; i < kLanes; ++i) top[i] = -top[i];
         for (std::size_t j = 0; d.Depends(sp) != 0 && j < d.p; ++j) {
+          if (d.Nonzero(sp, j) == 0) continue;
           double* row = d.Partial(sp, j);
           for (std::int32_t i = 0; i < kLanes; ++i) row[i] = -row[i];
         }
@@ -246,7 +309,7 @@ bool RunDual(const ModelProgram& program, const DerivativePlan& rules, const Dua
       case Instr::Not:
         if (top == nullptr) return false;
         for (std::int32_t i = 0; i < kLanes; ++i) top[i] = static_cast<double>(~RoundToInt32(top[i]));
-        d.Depends(sp) = 0;
+        flat(sp);
         break;
       case Instr::Exp:
       case Instr::Ln:
@@ -256,7 +319,11 @@ bool RunDual(const ModelProgram& program, const DerivativePlan& rules, const Dua
       case Instr::Call1: {
         if (top == nullptr) return false;
         const bool depends = d.Depends(sp) != 0;
-        if (depends || (vector_math && in.op == Instr::Ln)) Copy(ta, top);
+        // The argument, where the factor needs it after the value replaced it.
+        const bool keep =
+            (depends && in.op != Instr::Exp && in.op != Instr::Sqrt) || (vector_math && in.op == Instr::Ln);
+        if (keep) Copy(ta, top);
+        const double* factor = ga;
         if (vector_math && in.op != Instr::Sqrt && in.op != Instr::Call1) {
           // The vector routines, for the values and the factors alike.
           const VectorFunction f = in.op == Instr::Exp   ? VectorFunction::Exp
@@ -269,7 +336,7 @@ bool RunDual(const ModelProgram& program, const DerivativePlan& rules, const Dua
             check[i] += top[i] * 0.0;
           }
           if (depends) {
-            if (f == VectorFunction::Exp) Copy(ga, top);
+            if (f == VectorFunction::Exp) factor = top;
             if (f == VectorFunction::Log) {
               for (std::int32_t i = 0; i < kLanes; ++i) ga[i] = 1.0 / ta[i];
             }
@@ -280,14 +347,14 @@ bool RunDual(const ModelProgram& program, const DerivativePlan& rules, const Dua
                 for (std::int32_t i = 0; i < kLanes; ++i) ga[i] = -ga[i];
               }
             }
-            Scale(d, sp, ga);
+            Scale(d, sp, factor);
           }
           break;
         }
         switch (in.op) {
           case Instr::Exp:
             Map(top, check, [](double v) { return std::exp(v); });
-            if (depends) Copy(ga, top);
+            factor = top;  // exp is its own derivative
             break;
           case Instr::Ln:
             Map(top, check, [](double v) { return v > 0.0 ? std::log(v) : kFailed; });
@@ -311,7 +378,7 @@ bool RunDual(const ModelProgram& program, const DerivativePlan& rules, const Dua
             const FunctionRow* row = rules.rows[static_cast<std::size_t>(pc)];
             if (row == nullptr) return false;
             if (depends && RuleOf(*row).kinds[0] == PartialKind::Zero) {
-              d.Depends(sp) = 0;
+              flat(sp);
             } else if (depends) {
               const double* args[1] = {ta};
               WordFactors(*row, 0, args, top, ga, table);
@@ -319,7 +386,7 @@ bool RunDual(const ModelProgram& program, const DerivativePlan& rules, const Dua
             break;
           }
         }
-        if (d.Depends(sp) != 0) Scale(d, sp, ga);
+        Scale(d, sp, factor);
         break;
       }
       case Instr::Call2:
@@ -332,10 +399,8 @@ bool RunDual(const ModelProgram& program, const DerivativePlan& rules, const Dua
         double* copies[3] = {ta, tb, tc};
         double* factors[3] = {ga, gb, gc};
         bool any = false;
-        for (std::int32_t k = 0; k < arity; ++k) {
-          Copy(copies[k], d.Value(sp + k));
-          any = any || d.Depends(sp + k) != 0;
-        }
+        for (std::int32_t k = 0; k < arity; ++k) any = any || d.Depends(sp + k) != 0;
+        for (std::int32_t k = 0; any && k < arity; ++k) Copy(copies[k], d.Value(sp + k));
         double* a = d.Value(sp);
         if (arity == 2) {
           const Function2 f = in.f2;
@@ -349,10 +414,7 @@ bool RunDual(const ModelProgram& program, const DerivativePlan& rules, const Dua
             check[i] += r * 0.0;
           }
         }
-        if (!any) {
-          d.Depends(sp) = 0;
-          break;
-        }
+        if (!any) break;
         const double* args[3] = {ta, tb, tc};
         const DerivativeRule& rule = RuleOf(*row);
         bool moved[3] = {false, false, false};
@@ -361,13 +423,20 @@ bool RunDual(const ModelProgram& program, const DerivativePlan& rules, const Dua
           if (moved[k]) WordFactors(*row, k, args, a, factors[k], table);
         }
         // The first argument's cell receives the sum of the chain rule.
-        Combine(d, sp, moved[0] ? ga : nullptr, sp + 1, moved[1] ? gb : nullptr);
+        Combine(d, sp, Factor::Of(moved[0] ? ga : nullptr), sp + 1, Factor::Of(moved[1] ? gb : nullptr));
         if (arity == 3 && moved[2]) {
-          if (d.Depends(sp) == 0) ZeroPartials(d, sp);
+          const std::int32_t c = sp + 2;
           for (std::size_t j = 0; j < d.p; ++j) {
+            if (d.Nonzero(c, j) == 0) continue;
             double* out = d.Partial(sp, j);
-            const double* pc3 = d.Partial(sp + 2, j);
-            for (std::int32_t i = 0; i < kLanes; ++i) out[i] += gc[i] * pc3[i];
+            const double* pc3 = d.Partial(c, j);
+            if (d.Nonzero(sp, j) != 0) {
+              for (std::int32_t i = 0; i < kLanes; ++i) out[i] += gc[i] * pc3[i];
+            } else {
+              for (std::int32_t i = 0; i < kLanes; ++i) out[i] = gc[i] * pc3[i];
+              d.Nonzero(sp, j) = 1;
+            }
+            d.Depends(sp) = 1;
           }
         }
         break;
@@ -393,31 +462,31 @@ bool RunDual(const ModelProgram& program, const DerivativePlan& rules, const Dua
         double* operand = d.Value(b);
         if (source == 0) {
           column(operand, 0);
-          d.Depends(b) = 0;
+          flat(b);
         } else if (source == 1) {
           Fill(operand, parameters[in.a]);
           unit(b, in.a);
         } else {
           Fill(operand, in.value);
-          d.Depends(b) = 0;
+          flat(b);
         }
         const bool any = d.Depends(sp) != 0 || d.Depends(b) != 0;
-        if (any) Copy(ta, top);
+        if (any && form >= 2) Copy(ta, top);
         if (form == 0) Zip(top, operand, check, [](double u, double v) { return u + v; });
         if (form == 1) Zip(top, operand, check, [](double u, double v) { return u - v; });
         if (form == 2) Zip(top, operand, check, [](double u, double v) { return u * v; });
         if (form == 3) Zip(top, operand, check, [](double u, double v) { return Quotient(u, v); });
         if (any) {
-          if (form == 0) Fill(ga, 1.0), Fill(gb, 1.0);
-          if (form == 1) Fill(ga, 1.0), Fill(gb, -1.0);
-          if (form == 2) Copy(ga, operand), Copy(gb, ta);
+          if (form == 0) Combine(d, sp, Factor::Unit(1.0), b, Factor::Unit(1.0));
+          if (form == 1) Combine(d, sp, Factor::Unit(1.0), b, Factor::Unit(-1.0));
+          if (form == 2) Combine(d, sp, Factor::Of(operand), b, Factor::Of(ta));
           if (form == 3) {
             for (std::int32_t i = 0; i < kLanes; ++i) {
               ga[i] = 1.0 / operand[i];
               gb[i] = -top[i] / operand[i];
             }
+            Combine(d, sp, Factor::Of(ga), b, Factor::Of(gb));
           }
-          Combine(d, sp, ga, b, gb);
         }
         pc += 2;
         continue;
@@ -430,51 +499,50 @@ bool RunDual(const ModelProgram& program, const DerivativePlan& rules, const Dua
         double* a = d.Value(sp);
         const double* bv = d.Value(b);
         const bool any = d.Depends(sp) != 0 || d.Depends(b) != 0;
-        if (any) Copy(ta, a);
-        bool flat = false;  // a result without partials
+        const bool product = in.op == Instr::Multiply || in.op == Instr::Power;
+        if (any && product) Copy(ta, a);
         switch (in.op) {
           case Instr::Add:
             Zip(a, bv, check, [](double u, double v) { return u + v; });
-            if (any) Fill(ga, 1.0), Fill(gb, 1.0);
+            if (any) Combine(d, sp, Factor::Unit(1.0), b, Factor::Unit(1.0));
             break;
           case Instr::Subtract:
             Zip(a, bv, check, [](double u, double v) { return u - v; });
-            if (any) Fill(ga, 1.0), Fill(gb, -1.0);
+            if (any) Combine(d, sp, Factor::Unit(1.0), b, Factor::Unit(-1.0));
             break;
           case Instr::Multiply:
             Zip(a, bv, check, [](double u, double v) { return u * v; });
-            if (any) Copy(ga, bv), Copy(gb, ta);
+            if (any) Combine(d, sp, Factor::Of(bv), b, Factor::Of(ta));
             break;
           case Instr::Divide:
             Zip(a, bv, check, [](double u, double v) { return Quotient(u, v); });
-            for (std::int32_t i = 0; any && i < kLanes; ++i) {
-              ga[i] = 1.0 / bv[i];
-              gb[i] = -a[i] / bv[i];
+            if (any) {
+              for (std::int32_t i = 0; i < kLanes; ++i) {
+                ga[i] = 1.0 / bv[i];
+                gb[i] = -a[i] / bv[i];
+              }
+              Combine(d, sp, Factor::Of(ga), b, Factor::Of(gb));
             }
             break;
           case Instr::Power:
             Zip(a, bv, check, [](double u, double v) { return Power(u, v); });
-            for (std::int32_t i = 0; any && i < kLanes; ++i) {
-              const double u = ta[i], v = bv[i];
-              ga[i] = d.Depends(sp) != 0 ? (v == 0.0 ? 0.0 : v * std::pow(u, v - 1.0)) : 0.0;
-              // d(u^v)/dv = u^v ln u; at u = 0 (a positive power) the value
-              // stays 0 whichever way v moves.
-              gb[i] = d.Depends(b) != 0 ? (u == 0.0 && a[i] == 0.0 ? 0.0 : a[i] * std::log(u)) : 0.0;
+            if (any) {
+              for (std::int32_t i = 0; i < kLanes; ++i) {
+                const double u = ta[i], v = bv[i];
+                ga[i] = d.Depends(sp) != 0 ? (v == 0.0 ? 0.0 : v * std::pow(u, v - 1.0)) : 0.0;
+                // d(u^v)/dv = u^v ln u; at u = 0 (a positive power) the value
+                // stays 0 whichever way v moves.
+                gb[i] = d.Depends(b) != 0 ? (u == 0.0 && a[i] == 0.0 ? 0.0 : a[i] * std::log(u)) : 0.0;
+              }
+              Combine(d, sp, Factor::Of(ga), b, Factor::Of(gb));
             }
             break;
           default:
-            flat = true;
-            switch (in.op) {
-              default:
-                // The plan admits no instruction that is not flat here.
-                if (!block_steps::ZipFlatBinary(in.op, a, bv, check)) return false;
-            }
+            // The plan admits no instruction that is not flat here: a result
+            // without partials.
+            if (!block_steps::ZipFlatBinary(in.op, a, bv, check)) return false;
+            flat(sp);
             break;
-        }
-        if (flat) {
-          d.Depends(sp) = 0;
-        } else if (any) {
-          Combine(d, sp, ga, b, gb);
         }
         break;
       }
@@ -486,13 +554,18 @@ bool RunDual(const ModelProgram& program, const DerivativePlan& rules, const Dua
   // below: the result is the top, as point by point.
   if (sp > 0) {
     Copy(d.Value(0), d.Value(sp));
+    Clear(d, 0);
     d.Depends(0) = d.Depends(sp);
-    for (std::size_t j = 0; d.Depends(0) != 0 && j < d.p; ++j) Copy(d.Partial(0, j), d.Partial(sp, j));
+    for (std::size_t j = 0; d.Depends(0) != 0 && j < d.p; ++j) {
+      d.Nonzero(0, j) = d.Nonzero(sp, j);
+      if (d.Nonzero(0, j) != 0) Copy(d.Partial(0, j), d.Partial(sp, j));
+    }
   }
   double total = 0.0;
   for (std::int32_t i = 0; i < kLanes; ++i) total += check[i];
   if (total != 0.0) return false;
   for (std::size_t j = 0; d.Depends(0) != 0 && j < d.p; ++j) {
+    if (d.Nonzero(0, j) == 0) continue;
     const double* row = d.Partial(0, j);
     double sum = 0.0;
     for (std::int32_t i = 0; i < kLanes; ++i) sum += row[i] * 0.0;
@@ -526,7 +599,12 @@ bool EvaluateProgramDerivatives(const ModelProgram& program, const BlockPlan& pl
         cells * (1 + p) + kSavedRows * (1 + p) + 1 + 3 * static_cast<std::size_t>(kMaxNesting) + kTemporaries;
     const std::size_t needed = rows * kRow + static_cast<std::size_t>(kLanes) * static_cast<std::size_t>(width);
     if (work.rows.size() < needed) work.rows.assign(needed, 0.0);
-    if (work.depends.size() < cells + kSavedRows) work.depends.assign(cells + kSavedRows, 0);
+    // The flags of the cells and saved values, then the partial flags of
+    // each; all cleared, since the partials of another call may be laid out
+    // for another count.
+    const std::size_t flags = (cells + kSavedRows) * (1 + p);
+    if (work.depends.size() < flags) work.depends.resize(flags);
+    std::fill(work.depends.begin(), work.depends.end(), std::uint8_t{0});
     if (work.table.Rows() < kDerivativeTableRows) work.table.Resize(kDerivativeTableRows, kDerivativeTableRows);
     double* base = work.rows.data();
     d.values = base;
@@ -538,6 +616,8 @@ bool EvaluateProgramDerivatives(const ModelProgram& program, const BlockPlan& pl
     d.temporaries = d.branches + 3 * static_cast<std::size_t>(kMaxNesting) * kRow;
     d.depends = work.depends.data();
     d.saved_depends = d.depends + cells;
+    d.nonzero = d.saved_depends + kSavedRows;
+    d.saved_nonzero = d.nonzero + cells * p;
     d.p = p;
     padded = d.temporaries + kTemporaries * kRow;
   } catch (...) {
@@ -579,19 +659,27 @@ bool EvaluateProgramDerivatives(const ModelProgram& program, const BlockPlan& pl
       return false;
     }
   };
-  // Lane i of the last pass into row r of the results.
-  const auto store = [&](std::int32_t r, std::int32_t i, bool value) {
-    if (value) y[r] = d.values[i];
+  // Lanes 0..n-1 of the last pass into rows r..r+n-1 of the results, a
+  // parameter at a time; a partial without a row (a fixed parameter, or one
+  // the model does not move with) is 0.
+  const auto store = [&](std::int32_t r, std::int32_t n, bool value) {
+    for (std::int32_t i = 0; value && i < n; ++i) y[r + i] = d.values[i];
     double* out = dyda + static_cast<std::ptrdiff_t>(r) * stride;
     for (std::int32_t l = 1; l <= parameter_count; ++l) {
       const std::int32_t s = slot[static_cast<std::size_t>(l)];
-      out[l] = s < 0 || d.depends[0] == 0 ? 0.0 : d.partials[static_cast<std::size_t>(s) * kRow + i];
+      const bool stored = s >= 0 && d.depends[0] != 0 && d.nonzero[static_cast<std::size_t>(s)] != 0;
+      if (!stored) {
+        for (std::int32_t i = 0; i < n; ++i) out[static_cast<std::ptrdiff_t>(i) * stride + l] = 0.0;
+        continue;
+      }
+      const double* row = d.partials + static_cast<std::size_t>(s) * kRow;
+      for (std::int32_t i = 0; i < n; ++i) out[static_cast<std::ptrdiff_t>(i) * stride + l] = row[i];
     }
   };
   for (std::int32_t first = 0; first < count; first += kLanes) {
     const std::int32_t n = count - first < kLanes ? count - first : kLanes;
     if (runs && pass(row_of(first), n, vector_math)) {
-      for (std::int32_t i = 0; i < n; ++i) store(first + i, i, true);
+      store(first, n, true);
       for (std::size_t k = 0; k < kSavedRows; ++k) {
         if (plan.saves[k]) scratch.saved[k] = d.saved[k * kRow + static_cast<std::size_t>(n - 1)];
       }
@@ -609,7 +697,7 @@ bool EvaluateProgramDerivatives(const ModelProgram& program, const BlockPlan& pl
         stop = {r, true};
         return false;
       }
-      store(r, 0, false);
+      store(r, 1, false);
     }
   }
   return true;

@@ -26,7 +26,7 @@ struct DerivativePlan {
 // Work space of the forward pass, kept between calls.
 struct DerivativeScratch {
   std::vector<double> rows;
-  std::vector<std::uint8_t> depends;  // per stack cell and saved value: any partial not 0
+  std::vector<std::uint8_t> depends;  // per stack cell and saved value: any partial not 0, then which
   std::vector<std::int32_t> slot;     // parameter index -> partial row, -1 for a fixed one
   Matrix1 table;                      // the numerical derivative of one word
 };
