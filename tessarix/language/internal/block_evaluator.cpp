@@ -363,9 +363,7 @@ bool RunBlock(const ModelProgram& program, const Lanes& lanes, const double* par
     double* first = lanes.Row(0);
     for (std::int32_t i = 0; i < kLanes; ++i) first[i] = result[i];
   }
-  double total = 0.0;
-  for (std::int32_t i = 0; i < kLanes; ++i) total += check[i];
-  return total == 0.0;
+  return block_steps::AllZero(check);
 }
 
 // Rows first..first+count-1 point by point; the number done before a failure.

@@ -32,6 +32,16 @@ inline void Zip(double* a, const double* b, double* check, F f) {
   }
 }
 
+// Whether every lane of a check row is 0 (any NaN makes its sum NaN, in
+// whatever order it is added, so four sums run side by side).
+inline bool AllZero(const double* check) {
+  double sums[4] = {0.0, 0.0, 0.0, 0.0};
+  for (std::int32_t i = 0; i < kLanes; i += 4) {
+    for (std::int32_t k = 0; k < 4; ++k) sums[k] += check[i + k];
+  }
+  return (sums[0] + sums[1]) + (sums[2] + sums[3]) == 0.0;
+}
+
 // The integer, relational and logical instructions on rows a and b, into a;
 // false for any other instruction.
 inline bool ZipFlatBinary(Instr op, double* a, const double* b, double* check) {

@@ -1,6 +1,7 @@
 #include "tessarix/language/internal/derivative_evaluator.hpp"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -47,11 +48,12 @@ constexpr std::size_t kTemporaries = 6;
 
 // The rows of one block. Cell k of the stack has its value row and `p`
 // partial rows. Partial j of cell k is stored only where its `nonzero` flag
-// is set: a cleared flag stands for a row of zeros, which most partials are
-// (a pushed parameter moves with itself alone, and an operation keeps the
-// parameters its operands move with), so that an instruction costs as many
-// row operations as there are partials it can change. `depends` tells
-// whether any flag of the cell is set.
+// is kStored: kZero stands for a row of zeros, which most partials are (a
+// pushed parameter moves with itself alone, and an operation keeps the
+// parameters its operands move with), and kOne for a row of ones (the pushed
+// parameter's own), so that an instruction costs as many row operations as
+// there are partials it can change. `depends` tells whether any flag of the
+// cell is set.
 struct Dual {
   double* values;
   double* partials;
@@ -75,6 +77,10 @@ struct Dual {
   std::uint8_t& Nonzero(std::int32_t k, std::size_t j) const { return nonzero[static_cast<std::size_t>(k) * p + j]; }
 };
 
+constexpr std::uint8_t kZero = 0;
+constexpr std::uint8_t kStored = 1;
+constexpr std::uint8_t kOne = 2;
+
 using block_steps::Map;
 using block_steps::Zip;
 inline void Copy(double* to, const double* from) {
@@ -90,20 +96,35 @@ void Clear(const Dual& d, std::int32_t k) {
   for (std::size_t j = 0; j < d.p; ++j) d.Nonzero(k, j) = 0;
   d.Depends(k) = 0;
 }
+// Partial j of cell k written out as a row, when it is one of ones.
+double* Stored(const Dual& d, std::int32_t k, std::size_t j) {
+  double* row = d.Partial(k, j);
+  if (d.Nonzero(k, j) == kOne) {
+    Fill(row, 1.0);
+    d.Nonzero(k, j) = kStored;
+  }
+  return row;
+}
 // Cell k's partials stored as rows for every parameter (the zero ones
 // written out), for the lane-by-lane choice of a conditional.
 void Materialise(const Dual& d, std::int32_t k) {
   for (std::size_t j = 0; j < d.p; ++j) {
-    if (d.Nonzero(k, j) == 0) Fill(d.Partial(k, j), 0.0);
-    d.Nonzero(k, j) = 1;
+    if (d.Nonzero(k, j) == kZero) Fill(d.Partial(k, j), 0.0);
+    (void)Stored(d, k, j);
+    d.Nonzero(k, j) = kStored;
   }
   d.Depends(k) = 1;
 }
-// Cell k's partials times g, lane by lane.
+// Cell k's partials times g, lane by lane (ones times g are g exactly).
 void Scale(const Dual& d, std::int32_t k, const double* g) {
   for (std::size_t j = 0; d.Depends(k) != 0 && j < d.p; ++j) {
-    if (d.Nonzero(k, j) == 0) continue;
+    if (d.Nonzero(k, j) == kZero) continue;
     double* row = d.Partial(k, j);
+    if (d.Nonzero(k, j) == kOne) {
+      Copy(row, g);
+      d.Nonzero(k, j) = kStored;
+      continue;
+    }
     for (std::int32_t i = 0; i < kLanes; ++i) row[i] *= g[i];
   }
 }
@@ -138,8 +159,23 @@ void Combine(const Dual& d, std::int32_t a, const Factor& fa, std::int32_t b, co
     const bool na = da && d.Nonzero(a, j) != 0;
     const bool nb = db && d.Nonzero(b, j) != 0;
     double* out = d.Partial(a, j);
+    const bool one_a = na && d.Nonzero(a, j) == kOne;
+    const bool one_b = nb && d.Nonzero(b, j) == kOne;
+    if (na != nb && (one_a || one_b)) {
+      // A row of ones times the factor: the factor itself.
+      const Factor& f = na ? fa : fb;
+      if (f.row != nullptr) {
+        Copy(out, f.row);
+      } else if (f.sign < 0.0) {
+        Fill(out, -1.0);
+      }
+      d.Nonzero(a, j) = f.row == nullptr && f.sign > 0.0 ? kOne : kStored;
+      any = true;
+      continue;
+    }
     if (na && nb) {
-      const double* pb = d.Partial(b, j);
+      (void)Stored(d, a, j);
+      const double* pb = Stored(d, b, j);
       if (fa.row != nullptr && fb.row != nullptr) {
         for (std::int32_t i = 0; i < kLanes; ++i) out[i] = fa.row[i] * out[i] + fb.row[i] * pb[i];
       } else if (fa.row != nullptr) {
@@ -154,7 +190,7 @@ void Combine(const Dual& d, std::int32_t a, const Factor& fa, std::int32_t b, co
     } else if (nb) {
       Apply(fb, out, d.Partial(b, j));
     }
-    d.Nonzero(a, j) = (na || nb) ? 1 : 0;
+    d.Nonzero(a, j) = (na || nb) ? kStored : kZero;
     any = any || na || nb;
   }
   d.Depends(a) = any ? 1 : 0;
@@ -199,8 +235,7 @@ bool RunDual(const ModelProgram& program, const DerivativePlan& rules, const Dua
     Clear(d, k);
     const std::int32_t s = slot[parameter];
     if (s < 0) return;
-    Fill(d.Partial(k, static_cast<std::size_t>(s)), 1.0);
-    d.Nonzero(k, static_cast<std::size_t>(s)) = 1;
+    d.Nonzero(k, static_cast<std::size_t>(s)) = kOne;
     d.Depends(k) = 1;
   };
   std::int32_t sp = -1;
@@ -281,7 +316,7 @@ bool RunDual(const ModelProgram& program, const DerivativePlan& rules, const Dua
         d.Depends(sp) = d.saved_depends[k];
         for (std::size_t j = 0; d.Depends(sp) != 0 && j < d.p; ++j) {
           d.Nonzero(sp, j) = d.saved_nonzero[k * d.p + j];
-          if (d.Nonzero(sp, j) != 0) Copy(d.Partial(sp, j), d.saved_partials + (k * d.p + j) * kRow);
+          if (d.Nonzero(sp, j) == kStored) Copy(d.Partial(sp, j), d.saved_partials + (k * d.p + j) * kRow);
         }
         break;
       }
@@ -293,7 +328,7 @@ bool RunDual(const ModelProgram& program, const DerivativePlan& rules, const Dua
         for (std::size_t j = 0; j < d.p; ++j) {
           const std::uint8_t nz = d.Depends(sp) != 0 ? d.Nonzero(sp, j) : 0;
           d.saved_nonzero[k * d.p + j] = nz;
-          if (nz != 0) Copy(d.saved_partials + (k * d.p + j) * kRow, d.Partial(sp, j));
+          if (nz == kStored) Copy(d.saved_partials + (k * d.p + j) * kRow, d.Partial(sp, j));
         }
         break;
       }
@@ -301,8 +336,8 @@ bool RunDual(const ModelProgram& program, const DerivativePlan& rules, const Dua
         if (top == nullptr) return false;
         for (std::int32_t i = 0; i < kLanes; ++i) top[i] = -top[i];
         for (std::size_t j = 0; d.Depends(sp) != 0 && j < d.p; ++j) {
-          if (d.Nonzero(sp, j) == 0) continue;
-          double* row = d.Partial(sp, j);
+          if (d.Nonzero(sp, j) == kZero) continue;
+          double* row = Stored(d, sp, j);
           for (std::int32_t i = 0; i < kLanes; ++i) row[i] = -row[i];
         }
         break;
@@ -427,14 +462,14 @@ bool RunDual(const ModelProgram& program, const DerivativePlan& rules, const Dua
         if (arity == 3 && moved[2]) {
           const std::int32_t c = sp + 2;
           for (std::size_t j = 0; j < d.p; ++j) {
-            if (d.Nonzero(c, j) == 0) continue;
-            double* out = d.Partial(sp, j);
-            const double* pc3 = d.Partial(c, j);
-            if (d.Nonzero(sp, j) != 0) {
+            if (d.Nonzero(c, j) == kZero) continue;
+            double* out = Stored(d, sp, j);
+            const double* pc3 = Stored(d, c, j);
+            if (d.Nonzero(sp, j) != kZero) {
               for (std::int32_t i = 0; i < kLanes; ++i) out[i] += gc[i] * pc3[i];
             } else {
               for (std::int32_t i = 0; i < kLanes; ++i) out[i] = gc[i] * pc3[i];
-              d.Nonzero(sp, j) = 1;
+              d.Nonzero(sp, j) = kStored;
             }
             d.Depends(sp) = 1;
           }
@@ -457,17 +492,23 @@ bool RunDual(const ModelProgram& program, const DerivativePlan& rules, const Dua
         const auto op = static_cast<std::int32_t>(in.op);
         const std::int32_t form = (op - static_cast<std::int32_t>(Instr::AddX)) % 4;
         const std::int32_t source = (op - static_cast<std::int32_t>(Instr::AddX)) / 4;
-        // The second operand as a row of the stack's next cell, which is free.
+        // The second operand as a row of the stack's next cell, which is
+        // free (or the points themselves, when they are one column).
         const std::int32_t b = sp + 1;
-        double* operand = d.Value(b);
+        double* cell = d.Value(b);
+        const double* operand = cell;
         if (source == 0) {
-          column(operand, 0);
+          if (width == 1) {
+            operand = points;
+          } else {
+            column(cell, 0);
+          }
           flat(b);
         } else if (source == 1) {
-          Fill(operand, parameters[in.a]);
+          Fill(cell, parameters[in.a]);
           unit(b, in.a);
         } else {
-          Fill(operand, in.value);
+          Fill(cell, in.value);
           flat(b);
         }
         const bool any = d.Depends(sp) != 0 || d.Depends(b) != 0;
@@ -558,20 +599,49 @@ bool RunDual(const ModelProgram& program, const DerivativePlan& rules, const Dua
     d.Depends(0) = d.Depends(sp);
     for (std::size_t j = 0; d.Depends(0) != 0 && j < d.p; ++j) {
       d.Nonzero(0, j) = d.Nonzero(sp, j);
-      if (d.Nonzero(0, j) != 0) Copy(d.Partial(0, j), d.Partial(sp, j));
+      if (d.Nonzero(0, j) == kStored) Copy(d.Partial(0, j), d.Partial(sp, j));
     }
   }
-  double total = 0.0;
-  for (std::int32_t i = 0; i < kLanes; ++i) total += check[i];
-  if (total != 0.0) return false;
+  // The partials of the result join the checks: any that is not finite
+  // fails the block too.
   for (std::size_t j = 0; d.Depends(0) != 0 && j < d.p; ++j) {
-    if (d.Nonzero(0, j) == 0) continue;
+    if (d.Nonzero(0, j) != kStored) continue;
     const double* row = d.Partial(0, j);
-    double sum = 0.0;
-    for (std::int32_t i = 0; i < kLanes; ++i) sum += row[i] * 0.0;
-    if (sum != 0.0) return false;
+    for (std::int32_t i = 0; i < kLanes; ++i) check[i] += row[i] * 0.0;
   }
-  return true;
+  return block_steps::AllZero(check);
+}
+
+constexpr std::array<double, kRow> kZeros{};
+constexpr std::array<double, kRow> kOnes = [] {
+  std::array<double, kRow> ones{};
+  for (double& v : ones) v = 1.0;
+  return ones;
+}();
+
+// dyda[i * stride + l] = columns[l][i] for l = 1..count, i < n: the rows of
+// the results, each written whole. Counts up to four are unrolled.
+template <std::int32_t kCount>
+void StoreRows(const double* const* columns, std::int32_t count, std::int32_t n, double* dyda, std::int32_t stride) {
+  const std::int32_t c = kCount > 0 ? kCount : count;
+  for (std::int32_t i = 0; i < n; ++i) {
+    double* out = dyda + static_cast<std::ptrdiff_t>(i) * stride;
+    for (std::int32_t l = 1; l <= c; ++l) out[l] = columns[l][i];
+  }
+}
+void StoreColumns(const double* const* columns, std::int32_t count, std::int32_t n, double* dyda, std::int32_t stride) {
+  switch (count) {
+    case 1:
+      return StoreRows<1>(columns, count, n, dyda, stride);
+    case 2:
+      return StoreRows<2>(columns, count, n, dyda, stride);
+    case 3:
+      return StoreRows<3>(columns, count, n, dyda, stride);
+    case 4:
+      return StoreRows<4>(columns, count, n, dyda, stride);
+    default:
+      return StoreRows<0>(columns, count, n, dyda, stride);
+  }
 }
 
 }  // namespace
@@ -589,6 +659,7 @@ bool EvaluateProgramDerivatives(const ModelProgram& program, const BlockPlan& pl
   double* padded = nullptr;
   try {
     work.slot.assign(static_cast<std::size_t>(parameter_count) + 1, -1);
+    work.columns.resize(static_cast<std::size_t>(parameter_count) + 1);
     std::size_t p = 0;
     for (std::int32_t l = 1; l <= parameter_count; ++l) {
       if (ia[l] != 0) work.slot[static_cast<std::size_t>(l)] = static_cast<std::int32_t>(p++);
@@ -640,6 +711,7 @@ bool EvaluateProgramDerivatives(const ModelProgram& program, const BlockPlan& pl
       }
     }
   }
+  std::vector<const double*>& columns = work.columns;
   // Runs the pass on `n` rows at `block` (padded with copies of the last);
   // false when a value check failed or a derivative is not finite.
   const auto pass = [&](const double* block, std::int32_t n, bool vector) {
@@ -663,18 +735,17 @@ bool EvaluateProgramDerivatives(const ModelProgram& program, const BlockPlan& pl
   // parameter at a time; a partial without a row (a fixed parameter, or one
   // the model does not move with) is 0.
   const auto store = [&](std::int32_t r, std::int32_t n, bool value) {
-    for (std::int32_t i = 0; value && i < n; ++i) y[r + i] = d.values[i];
-    double* out = dyda + static_cast<std::ptrdiff_t>(r) * stride;
+    if (value) {
+      for (std::int32_t i = 0; i < n; ++i) y[r + i] = d.values[i];
+    }
     for (std::int32_t l = 1; l <= parameter_count; ++l) {
       const std::int32_t s = slot[static_cast<std::size_t>(l)];
-      const bool stored = s >= 0 && d.depends[0] != 0 && d.nonzero[static_cast<std::size_t>(s)] != 0;
-      if (!stored) {
-        for (std::int32_t i = 0; i < n; ++i) out[static_cast<std::ptrdiff_t>(i) * stride + l] = 0.0;
-        continue;
-      }
-      const double* row = d.partials + static_cast<std::size_t>(s) * kRow;
-      for (std::int32_t i = 0; i < n; ++i) out[static_cast<std::ptrdiff_t>(i) * stride + l] = row[i];
+      const std::uint8_t kind = s >= 0 && d.depends[0] != 0 ? d.nonzero[static_cast<std::size_t>(s)] : kZero;
+      columns[static_cast<std::size_t>(l)] = kind == kStored ? d.partials + static_cast<std::size_t>(s) * kRow
+                                             : kind == kOne  ? kOnes.data()
+                                                             : kZeros.data();
     }
+    StoreColumns(columns.data(), parameter_count, n, dyda + static_cast<std::ptrdiff_t>(r) * stride, stride);
   };
   for (std::int32_t first = 0; first < count; first += kLanes) {
     const std::int32_t n = count - first < kLanes ? count - first : kLanes;

@@ -26,9 +26,10 @@ struct DerivativePlan {
 // Work space of the forward pass, kept between calls.
 struct DerivativeScratch {
   std::vector<double> rows;
-  std::vector<std::uint8_t> depends;  // per stack cell and saved value: any partial not 0, then which
-  std::vector<std::int32_t> slot;     // parameter index -> partial row, -1 for a fixed one
-  Matrix1 table;                      // the numerical derivative of one word
+  std::vector<std::uint8_t> depends;   // per stack cell and saved value: any partial not 0, then which
+  std::vector<std::int32_t> slot;      // parameter index -> partial row, -1 for a fixed one
+  std::vector<const double*> columns;  // parameter index -> the row its derivatives are stored from
+  Matrix1 table;                       // the numerical derivative of one word
 };
 
 // Where a pass stopped: the row, and whether its value or its derivatives
