@@ -10,6 +10,7 @@
 #include "tessarix/language/internal/evaluator_steps.hpp"
 #include "tessarix/language/internal/vector_math.hpp"
 #include "tessarix/numerics/power.hpp"
+#include "tessarix/platform/float_flags.hpp"
 #include "tessarix/platform/rounding.hpp"
 
 namespace tessarix::detail {
@@ -102,20 +103,20 @@ struct Lanes {
 
 using block_steps::Map;
 using block_steps::Zip;
-template <typename F>
+template <bool kCheck, typename F>
 inline void WithValue(double* a, double b, double* check, F f) {
   for (std::int32_t i = 0; i < kLanes; ++i) {
     const double r = f(a[i], b);
     a[i] = r;
-    check[i] += r * 0.0;
+    if constexpr (kCheck) check[i] += r * 0.0;
   }
 }
-template <typename F>
+template <bool kCheck, typename F>
 inline void WithColumn(double* a, const double* points, std::int32_t width, std::int32_t column, double* check, F f) {
   for (std::int32_t i = 0; i < kLanes; ++i) {
     const double r = f(a[i], points[static_cast<std::ptrdiff_t>(i) * width + column]);
     a[i] = r;
-    check[i] += r * 0.0;
+    if constexpr (kCheck) check[i] += r * 0.0;
   }
 }
 // The vector form of exp, ln, sin or cos on a row, checked like Map; ln
@@ -141,9 +142,15 @@ inline void Column(double* row, const double* points, std::int32_t width, std::i
 // One block of exactly kLanes points. False when a check failed in some lane
 // (or a routine faulted): the caller then replays the block point by point.
 // The lanes of an operation compute exactly the expressions of the evaluator
-// point by point, so each lane's bits are those of that evaluator.
-bool RunBlock(const ModelProgram& program, const Lanes& lanes, const double* parameters, const double* points,
-              std::int32_t width, const DataStatistics& stats, bool vector_math) {
+// point by point, so each lane's bits are those of that evaluator. kCheck
+// false: the pass of a program without conditionals whose scalar operands
+// are finite, under a FlagWatch; the steps that can fail without raising a
+// flag (the routines of function words and powers, the integer operators)
+// keep their checks, the others are left to the flags.
+template <bool kCheck>
+[[gnu::noinline]] bool RunBlock(const ModelProgram& program, const Lanes& lanes, const double* parameters,
+                                const double* points, std::int32_t width, const DataStatistics& stats,
+                                bool vector_math) {
   // The open conditionals: depth, and the "endif" record of each.
   std::int32_t depth = 0;
   std::int32_t endif_at[kMaxNesting];
@@ -255,19 +262,28 @@ bool RunBlock(const ModelProgram& program, const Lanes& lanes, const double* par
         }
         switch (in.op) {
           case Instr::Exp:
-            Map(top, check, [](double v) { return std::exp(v); });
+            Map<kCheck>(top, check, [](double v) { return std::exp(v); });
             break;
           case Instr::Ln:
-            Map(top, check, [](double v) { return v > 0.0 ? std::log(v) : kFailed; });
+            // Outside the domain the routine raises a flag.
+            if constexpr (kCheck) {
+              Map(top, check, [](double v) { return v > 0.0 ? std::log(v) : kFailed; });
+            } else {
+              Map<false>(top, check, [](double v) { return std::log(v); });
+            }
             break;
           case Instr::Sqrt:
-            Map(top, check, [](double v) { return v >= 0.0 ? std::sqrt(v) : kFailed; });
+            if constexpr (kCheck) {
+              Map(top, check, [](double v) { return v >= 0.0 ? std::sqrt(v) : kFailed; });
+            } else {
+              Map<false>(top, check, [](double v) { return std::sqrt(v); });
+            }
             break;
           case Instr::Sin:
-            Map(top, check, [](double v) { return std::sin(v); });
+            Map<kCheck>(top, check, [](double v) { return std::sin(v); });
             break;
           case Instr::Cos:
-            Map(top, check, [](double v) { return std::cos(v); });
+            Map<kCheck>(top, check, [](double v) { return std::cos(v); });
             break;
           default: {
             const Function1 f = in.f1;
@@ -307,15 +323,16 @@ bool RunBlock(const ModelProgram& program, const Lanes& lanes, const double* par
         const std::int32_t source = (op - static_cast<std::int32_t>(Instr::AddX)) / 4;
         const auto apply = [&](auto f) {
           if (source == 0) {
-            WithColumn(top, points, width, 0, check, f);
+            WithColumn<kCheck>(top, points, width, 0, check, f);
           } else {
-            WithValue(top, source == 1 ? parameters[in.a] : in.value, check, f);
+            WithValue<kCheck>(top, source == 1 ? parameters[in.a] : in.value, check, f);
           }
         };
         if (form == 0) apply([](double a, double b) { return a + b; });
         if (form == 1) apply([](double a, double b) { return a - b; });
         if (form == 2) apply([](double a, double b) { return a * b; });
-        if (form == 3) apply([](double a, double b) { return Quotient(a, b); });
+        // A division by zero raises a flag.
+        if (form == 3) apply([](double a, double b) { return kCheck ? Quotient(a, b) : a / b; });
         pc += 2;
         continue;
       }
@@ -327,16 +344,16 @@ bool RunBlock(const ModelProgram& program, const Lanes& lanes, const double* par
         const double* b = lanes.Row(sp + 1);
         switch (in.op) {
           case Instr::Add:
-            Zip(a, b, check, [](double u, double v) { return u + v; });
+            Zip<kCheck>(a, b, check, [](double u, double v) { return u + v; });
             break;
           case Instr::Subtract:
-            Zip(a, b, check, [](double u, double v) { return u - v; });
+            Zip<kCheck>(a, b, check, [](double u, double v) { return u - v; });
             break;
           case Instr::Multiply:
-            Zip(a, b, check, [](double u, double v) { return u * v; });
+            Zip<kCheck>(a, b, check, [](double u, double v) { return u * v; });
             break;
           case Instr::Divide:
-            Zip(a, b, check, [](double u, double v) { return Quotient(u, v); });
+            Zip<kCheck>(a, b, check, [](double u, double v) { return kCheck ? Quotient(u, v) : u / v; });
             break;
           case Instr::Call2: {
             const Function2 f = in.f2;
@@ -397,6 +414,15 @@ std::int32_t EvaluateProgramBlock(const ModelProgram& program, const BlockPlan& 
     return ReplayRows(program, scratch, parameters, points, width, count, stats, y);
   }
   const std::size_t cells = program.stack_cells + 1;
+  // Conditionals run both branches on every lane: a flag of the branch not
+  // taken would send every such block through both passes.
+  bool watch = plan.conditionals == 0 && FlagsCanBeWatched();
+  try {
+    watch = watch && block_steps::ScalarsFinite(program, parameters, stats) &&
+            block_steps::AllFinite(points, static_cast<std::size_t>(count) * static_cast<std::size_t>(width));
+  } catch (...) {
+    watch = false;  // a statistic that faults: the checked pass meets it
+  }
   const Lanes lanes{scratch.block.data(), scratch.block.data() + cells * kRow,
                     scratch.block.data() + (cells + kSavedRows) * kRow,
                     scratch.block.data() + (cells + kSavedRows + 1) * kRow};
@@ -418,7 +444,13 @@ std::int32_t EvaluateProgramBlock(const ModelProgram& program, const BlockPlan& 
     }
     bool ok = false;
     try {
-      ok = RunBlock(program, lanes, parameters, block_points, width, stats, vector_math);
+      if (watch) {
+        // A raised flag may come from a step whose lane is discarded (a
+        // conversion of a flat operand): the checked pass decides.
+        const FlagWatch flags;
+        ok = RunBlock<false>(program, lanes, parameters, block_points, width, stats, vector_math) && flags.Clean();
+      }
+      if (!ok) ok = RunBlock<true>(program, lanes, parameters, block_points, width, stats, vector_math);
     } catch (...) {
       ok = false;
     }
