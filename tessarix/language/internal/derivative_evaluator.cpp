@@ -13,6 +13,7 @@
 #include "tessarix/language/internal/vector_math.hpp"
 #include "tessarix/numerics/extrapolated_derivative.hpp"
 #include "tessarix/numerics/power.hpp"
+#include "tessarix/platform/float_flags.hpp"
 #include "tessarix/platform/rounding.hpp"
 
 namespace tessarix::detail {
@@ -207,9 +208,12 @@ void WordFactors(const FunctionRow& row, std::int32_t which, const double* const
   }
 }
 
-bool RunDual(const ModelProgram& program, const DerivativePlan& rules, const Dual& d, const double* parameters,
-             const std::int32_t* slot, const double* points, std::int32_t width, const DataStatistics& stats,
-             Matrix1& table, bool vector_math) {
+// kCheck false: the pass under a FlagWatch, as RunBlock's; the factors of
+// function words are checked, since they fail with a NaN and no flag.
+template <bool kCheck>
+[[gnu::noinline]] bool RunDual(const ModelProgram& program, const DerivativePlan& rules, const Dual& d,
+                               const double* parameters, const std::int32_t* slot, const double* points,
+                               std::int32_t width, const DataStatistics& stats, Matrix1& table, bool vector_math) {
   using namespace steps;  // NOLINT(google-build-using-namespace): the shared steps
   std::int32_t depth = 0;
   std::int32_t endif_at[kMaxNesting];
@@ -388,23 +392,31 @@ bool RunDual(const ModelProgram& program, const DerivativePlan& rules, const Dua
         }
         switch (in.op) {
           case Instr::Exp:
-            Map(top, check, [](double v) { return std::exp(v); });
+            Map<kCheck>(top, check, [](double v) { return std::exp(v); });
             factor = top;  // exp is its own derivative
             break;
           case Instr::Ln:
-            Map(top, check, [](double v) { return v > 0.0 ? std::log(v) : kFailed; });
+            if constexpr (kCheck) {
+              Map(top, check, [](double v) { return v > 0.0 ? std::log(v) : kFailed; });
+            } else {
+              Map<false>(top, check, [](double v) { return std::log(v); });
+            }
             for (std::int32_t i = 0; depends && i < kLanes; ++i) ga[i] = 1.0 / ta[i];
             break;
           case Instr::Sqrt:
-            Map(top, check, [](double v) { return v >= 0.0 ? std::sqrt(v) : kFailed; });
+            if constexpr (kCheck) {
+              Map(top, check, [](double v) { return v >= 0.0 ? std::sqrt(v) : kFailed; });
+            } else {
+              Map<false>(top, check, [](double v) { return std::sqrt(v); });
+            }
             for (std::int32_t i = 0; depends && i < kLanes; ++i) ga[i] = 0.5 / top[i];
             break;
           case Instr::Sin:
-            Map(top, check, [](double v) { return std::sin(v); });
+            Map<kCheck>(top, check, [](double v) { return std::sin(v); });
             for (std::int32_t i = 0; depends && i < kLanes; ++i) ga[i] = std::cos(ta[i]);
             break;
           case Instr::Cos:
-            Map(top, check, [](double v) { return std::cos(v); });
+            Map<kCheck>(top, check, [](double v) { return std::cos(v); });
             for (std::int32_t i = 0; depends && i < kLanes; ++i) ga[i] = -std::sin(ta[i]);
             break;
           default: {
@@ -417,6 +429,7 @@ bool RunDual(const ModelProgram& program, const DerivativePlan& rules, const Dua
             } else if (depends) {
               const double* args[1] = {ta};
               WordFactors(*row, 0, args, top, ga, table);
+              if constexpr (!kCheck) block_steps::CheckRow(ga, check);
             }
             break;
           }
@@ -455,7 +468,10 @@ bool RunDual(const ModelProgram& program, const DerivativePlan& rules, const Dua
         bool moved[3] = {false, false, false};
         for (std::int32_t k = 0; k < arity; ++k) {
           moved[k] = d.Depends(sp + k) != 0 && rule.kinds[static_cast<std::size_t>(k)] != PartialKind::Zero;
-          if (moved[k]) WordFactors(*row, k, args, a, factors[k], table);
+          if (moved[k]) {
+            WordFactors(*row, k, args, a, factors[k], table);
+            if constexpr (!kCheck) block_steps::CheckRow(factors[k], check);
+          }
         }
         // The first argument's cell receives the sum of the chain rule.
         Combine(d, sp, Factor::Of(moved[0] ? ga : nullptr), sp + 1, Factor::Of(moved[1] ? gb : nullptr));
@@ -513,10 +529,11 @@ bool RunDual(const ModelProgram& program, const DerivativePlan& rules, const Dua
         }
         const bool any = d.Depends(sp) != 0 || d.Depends(b) != 0;
         if (any && form >= 2) Copy(ta, top);
-        if (form == 0) Zip(top, operand, check, [](double u, double v) { return u + v; });
-        if (form == 1) Zip(top, operand, check, [](double u, double v) { return u - v; });
-        if (form == 2) Zip(top, operand, check, [](double u, double v) { return u * v; });
-        if (form == 3) Zip(top, operand, check, [](double u, double v) { return Quotient(u, v); });
+        if (form == 0) Zip<kCheck>(top, operand, check, [](double u, double v) { return u + v; });
+        if (form == 1) Zip<kCheck>(top, operand, check, [](double u, double v) { return u - v; });
+        if (form == 2) Zip<kCheck>(top, operand, check, [](double u, double v) { return u * v; });
+        if (form == 3)
+          Zip<kCheck>(top, operand, check, [](double u, double v) { return kCheck ? Quotient(u, v) : u / v; });
         if (any) {
           if (form == 0) Combine(d, sp, Factor::Unit(1.0), b, Factor::Unit(1.0));
           if (form == 1) Combine(d, sp, Factor::Unit(1.0), b, Factor::Unit(-1.0));
@@ -544,19 +561,19 @@ bool RunDual(const ModelProgram& program, const DerivativePlan& rules, const Dua
         if (any && product) Copy(ta, a);
         switch (in.op) {
           case Instr::Add:
-            Zip(a, bv, check, [](double u, double v) { return u + v; });
+            Zip<kCheck>(a, bv, check, [](double u, double v) { return u + v; });
             if (any) Combine(d, sp, Factor::Unit(1.0), b, Factor::Unit(1.0));
             break;
           case Instr::Subtract:
-            Zip(a, bv, check, [](double u, double v) { return u - v; });
+            Zip<kCheck>(a, bv, check, [](double u, double v) { return u - v; });
             if (any) Combine(d, sp, Factor::Unit(1.0), b, Factor::Unit(-1.0));
             break;
           case Instr::Multiply:
-            Zip(a, bv, check, [](double u, double v) { return u * v; });
+            Zip<kCheck>(a, bv, check, [](double u, double v) { return u * v; });
             if (any) Combine(d, sp, Factor::Of(bv), b, Factor::Of(ta));
             break;
           case Instr::Divide:
-            Zip(a, bv, check, [](double u, double v) { return Quotient(u, v); });
+            Zip<kCheck>(a, bv, check, [](double u, double v) { return kCheck ? Quotient(u, v) : u / v; });
             if (any) {
               for (std::int32_t i = 0; i < kLanes; ++i) {
                 ga[i] = 1.0 / bv[i];
@@ -603,8 +620,8 @@ bool RunDual(const ModelProgram& program, const DerivativePlan& rules, const Dua
     }
   }
   // The partials of the result join the checks: any that is not finite
-  // fails the block too.
-  for (std::size_t j = 0; d.Depends(0) != 0 && j < d.p; ++j) {
+  // fails the block too (the flags tell it in the watched pass).
+  for (std::size_t j = 0; kCheck && d.Depends(0) != 0 && j < d.p; ++j) {
     if (d.Nonzero(0, j) != kStored) continue;
     const double* row = d.Partial(0, j);
     for (std::int32_t i = 0; i < kLanes; ++i) check[i] += row[i] * 0.0;
@@ -712,6 +729,14 @@ bool EvaluateProgramDerivatives(const ModelProgram& program, const BlockPlan& pl
     }
   }
   std::vector<const double*>& columns = work.columns;
+  // Watched passes where RunBlock would run them.
+  bool watch = runs && plan.conditionals == 0 && FlagsCanBeWatched();
+  try {
+    watch = watch && block_steps::ScalarsFinite(program, parameters, stats) &&
+            block_steps::AllFinite(points, static_cast<std::size_t>(count) * static_cast<std::size_t>(width));
+  } catch (...) {
+    watch = false;
+  }
   // Runs the pass on `n` rows at `block` (padded with copies of the last);
   // false when a value check failed or a derivative is not finite.
   const auto pass = [&](const double* block, std::int32_t n, bool vector) {
@@ -726,7 +751,14 @@ bool EvaluateProgramDerivatives(const ModelProgram& program, const BlockPlan& pl
       lanes = padded;
     }
     try {
-      return RunDual(program, rules, d, parameters, slot.data(), lanes, width, stats, work.table, vector);
+      if (watch) {
+        const FlagWatch flags;
+        if (RunDual<false>(program, rules, d, parameters, slot.data(), lanes, width, stats, work.table, vector) &&
+            flags.Clean()) {
+          return true;
+        }
+      }
+      return RunDual<true>(program, rules, d, parameters, slot.data(), lanes, width, stats, work.table, vector);
     } catch (...) {
       return false;
     }
