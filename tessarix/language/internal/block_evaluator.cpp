@@ -149,8 +149,8 @@ inline void Column(double* row, const double* points, std::int32_t width, std::i
 // keep their checks, the others are left to the flags.
 template <bool kCheck>
 [[gnu::noinline]] bool RunBlock(const ModelProgram& program, const Lanes& lanes, const double* parameters,
-                                const double* points, std::int32_t width, const DataStatistics& stats,
-                                bool vector_math) {
+                                const double* points, std::int32_t width, const DataStatistics& stats, bool vector_math,
+                                bool checks = true) {
   // The open conditionals: depth, and the "endif" record of each.
   std::int32_t depth = 0;
   std::int32_t endif_at[kMaxNesting];
@@ -161,7 +161,7 @@ template <bool kCheck>
   const Instruction* code = program.code.data();
   const std::int32_t length = program.code_length;
   double* check = lanes.check;
-  Fill(check, 0.0);
+  if (kCheck || checks) Fill(check, 0.0);
   std::int32_t sp = -1;
   std::int32_t pc = 1;
   while (pc <= length) {
@@ -217,11 +217,30 @@ template <bool kCheck>
         Column(lanes.Row(++sp), points, width, in.a);
         break;
       case Instr::Constant:
-        Fill(lanes.Row(++sp), in.value);
+      case Instr::Parameter: {
+        const double value = in.op == Instr::Constant ? in.value : parameters[in.a];
+        double* row = lanes.Row(++sp);
+        // A push followed by a step with x ("b*x"): the step on the value
+        // itself, without a row of copies of it.
+        const Instr next = pc < length ? code[pc + 1].op : Instr::Skip;
+        if (next >= Instr::AddX && next <= Instr::DivideX && (depth == 0 || endif_at[depth - 1] != pc + 1)) {
+          const auto apply = [&](auto f) {
+            for (std::int32_t i = 0; i < kLanes; ++i) {
+              const double r = f(value, points[static_cast<std::ptrdiff_t>(i) * width]);
+              row[i] = r;
+              if constexpr (kCheck) check[i] += r * 0.0;
+            }
+          };
+          if (next == Instr::AddX) apply([](double a, double b) { return a + b; });
+          if (next == Instr::SubtractX) apply([](double a, double b) { return a - b; });
+          if (next == Instr::MultiplyX) apply([](double a, double b) { return a * b; });
+          if (next == Instr::DivideX) apply([](double a, double b) { return kCheck ? Quotient(a, b) : a / b; });
+          pc += 3;
+          continue;
+        }
+        Fill(row, value);
         break;
-      case Instr::Parameter:
-        Fill(lanes.Row(++sp), parameters[in.a]);
-        break;
+      }
       case Instr::DataWord:
         Fill(lanes.Row(++sp), stats.Lookup(static_cast<DataWord>(in.a), in.b));
         break;
@@ -380,7 +399,7 @@ template <bool kCheck>
     double* first = lanes.Row(0);
     for (std::int32_t i = 0; i < kLanes; ++i) first[i] = result[i];
   }
-  return block_steps::AllZero(check);
+  return (!kCheck && !checks) || block_steps::AllZero(check);
 }
 
 // Rows first..first+count-1 point by point; the number done before a failure.
@@ -426,31 +445,56 @@ std::int32_t EvaluateProgramBlock(const ModelProgram& program, const BlockPlan& 
   const Lanes lanes{scratch.block.data(), scratch.block.data() + cells * kRow,
                     scratch.block.data() + (cells + kSavedRows) * kRow,
                     scratch.block.data() + (cells + kSavedRows + 1) * kRow};
-  // The short last block runs on copies of its points, padded with its last
-  // point so that every lane computes something it would compute anyway.
   double* padded = scratch.block.data() + (cells + kSavedRows + 1 + 3 * static_cast<std::size_t>(kMaxNesting)) * kRow;
+  // The points of the block at `first`, n of them: the short last block runs
+  // on copies of its points, padded with its last point so that every lane
+  // computes something it would compute anyway.
+  const auto block_at = [&](std::int32_t first, std::int32_t n) {
+    const double* block_points = points + static_cast<std::ptrdiff_t>(first) * width;
+    if (n == kLanes) return block_points;
+    for (std::int32_t i = 0; i < kLanes; ++i) {
+      const std::int32_t source = i < n ? i : n - 1;
+      for (std::int32_t j = 0; j < width; ++j) {
+        padded[static_cast<std::ptrdiff_t>(i) * width + j] =
+            block_points[static_cast<std::ptrdiff_t>(source) * width + j];
+      }
+    }
+    return static_cast<const double*>(padded);
+  };
+  const auto keep = [&](std::int32_t first, std::int32_t n) {
+    const double* result = lanes.Row(0);
+    for (std::int32_t i = 0; i < n; ++i) y[first + i] = result[i];
+    for (std::size_t k = 0; k < kSavedRows; ++k) {
+      if (plan.saves[k]) scratch.saved[k] = lanes.saved[k * kRow + static_cast<std::size_t>(n - 1)];
+    }
+  };
+  const bool checks = block_steps::WatchedPassChecks(program, vector_math);
+  if (watch) {
+    // All the blocks under one watch (looking at the flags costs as much as
+    // a short block); a raised flag, which may come from a step whose lane
+    // is discarded (a conversion of a flat operand), sends the whole call
+    // through the checked passes.
+    bool ok = true;
+    {
+      const FlagWatch flags;
+      try {
+        for (std::int32_t first = 0; ok && first < count; first += kLanes) {
+          const std::int32_t n = count - first < kLanes ? count - first : kLanes;
+          ok = RunBlock<false>(program, lanes, parameters, block_at(first, n), width, stats, vector_math, checks);
+          if (ok) keep(first, n);
+        }
+      } catch (...) {
+        ok = false;
+      }
+      ok = ok && flags.Clean();
+    }
+    if (ok) return count;
+  }
   for (std::int32_t first = 0; first < count; first += kLanes) {
     const std::int32_t n = count - first < kLanes ? count - first : kLanes;
-    const double* block_points = points + static_cast<std::ptrdiff_t>(first) * width;
-    if (n < kLanes) {
-      for (std::int32_t i = 0; i < kLanes; ++i) {
-        const std::int32_t source = i < n ? i : n - 1;
-        for (std::int32_t j = 0; j < width; ++j) {
-          padded[static_cast<std::ptrdiff_t>(i) * width + j] =
-              block_points[static_cast<std::ptrdiff_t>(source) * width + j];
-        }
-      }
-      block_points = padded;
-    }
     bool ok = false;
     try {
-      if (watch) {
-        // A raised flag may come from a step whose lane is discarded (a
-        // conversion of a flat operand): the checked pass decides.
-        const FlagWatch flags;
-        ok = RunBlock<false>(program, lanes, parameters, block_points, width, stats, vector_math) && flags.Clean();
-      }
-      if (!ok) ok = RunBlock<true>(program, lanes, parameters, block_points, width, stats, vector_math);
+      ok = RunBlock<true>(program, lanes, parameters, block_at(first, n), width, stats, vector_math);
     } catch (...) {
       ok = false;
     }
@@ -461,11 +505,7 @@ std::int32_t EvaluateProgramBlock(const ModelProgram& program, const BlockPlan& 
       if (done < n) return first + done;
       continue;
     }
-    const double* result = lanes.Row(0);
-    for (std::int32_t i = 0; i < n; ++i) y[first + i] = result[i];
-    for (std::size_t k = 0; k < kSavedRows; ++k) {
-      if (plan.saves[k]) scratch.saved[k] = lanes.saved[k * kRow + static_cast<std::size_t>(n - 1)];
-    }
+    keep(first, n);
   }
   return count;
 }

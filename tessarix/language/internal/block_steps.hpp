@@ -53,6 +53,18 @@ inline void CheckRow(const double* row, double* check) {
   for (std::int32_t i = 0; i < kLanes; ++i) check[i] += row[i] * 0.0;
 }
 
+// Whether a watched pass of the program has steps that keep their checks
+// (without them, `check` is neither written nor read).
+inline bool WatchedPassChecks(const ModelProgram& program, bool vector_math) {
+  for (std::int32_t pc = 1; pc <= program.code_length; ++pc) {
+    const Instr op = program.code[static_cast<std::size_t>(pc)].op;
+    if (op == Instr::Call1 || op == Instr::Call2 || op == Instr::Call3 || op == Instr::Power) return true;
+    if (op >= Instr::IntDivide && op <= Instr::Imp) return true;
+    if (vector_math && (op == Instr::Exp || op == Instr::Ln || op == Instr::Sin || op == Instr::Cos)) return true;
+  }
+  return false;
+}
+
 // Whether the program's other operands (parameters, constants, statistics
 // of the data) are all finite, as the watched pass needs.
 inline bool ScalarsFinite(const ModelProgram& program, const double* parameters, const DataStatistics& stats) {
