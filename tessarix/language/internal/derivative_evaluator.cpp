@@ -213,7 +213,8 @@ void WordFactors(const FunctionRow& row, std::int32_t which, const double* const
 template <bool kCheck>
 [[gnu::noinline]] bool RunDual(const ModelProgram& program, const DerivativePlan& rules, const Dual& d,
                                const double* parameters, const std::int32_t* slot, const double* points,
-                               std::int32_t width, const DataStatistics& stats, Matrix1& table, bool vector_math) {
+                               std::int32_t width, const DataStatistics& stats, Matrix1& table, bool vector_math,
+                               bool checks = true) {
   using namespace steps;  // NOLINT(google-build-using-namespace): the shared steps
   std::int32_t depth = 0;
   std::int32_t endif_at[kMaxNesting];
@@ -223,7 +224,7 @@ template <bool kCheck>
   const Instruction* code = program.code.data();
   const std::int32_t length = program.code_length;
   double* check = d.check;
-  Fill(check, 0.0);
+  if (kCheck || checks) Fill(check, 0.0);
   double* ta = d.Temporary(0);
   double* tb = d.Temporary(1);
   double* tc = d.Temporary(2);
@@ -304,10 +305,44 @@ template <bool kCheck>
         Fill(d.Value(++sp), in.value);
         flat(sp);
         break;
-      case Instr::Parameter:
-        Fill(d.Value(++sp), parameters[in.a]);
+      case Instr::Parameter: {
+        const double value = parameters[in.a];
+        double* row = d.Value(++sp);
         unit(sp, in.a);
+        // A parameter followed by a step with x ("b*x"): the step on the
+        // value itself, and its partial from x.
+        const Instr next = pc < length ? code[pc + 1].op : Instr::Skip;
+        if (next >= Instr::AddX && next <= Instr::DivideX && (depth == 0 || endif_at[depth - 1] != pc + 1)) {
+          const auto apply = [&](auto f) {
+            for (std::int32_t i = 0; i < kLanes; ++i) {
+              const double r = f(value, points[static_cast<std::ptrdiff_t>(i) * width]);
+              row[i] = r;
+              if constexpr (kCheck) check[i] += r * 0.0;
+            }
+          };
+          const std::int32_t s = slot[in.a];
+          double* own = s >= 0 ? d.Partial(sp, static_cast<std::size_t>(s)) : nullptr;
+          if (next == Instr::AddX) apply([](double a, double b) { return a + b; });
+          if (next == Instr::SubtractX) apply([](double a, double b) { return a - b; });
+          if (next == Instr::MultiplyX) {
+            apply([](double a, double b) { return a * b; });
+            if (own != nullptr) column(own, 0);
+          }
+          if (next == Instr::DivideX) {
+            apply([](double a, double b) { return kCheck ? Quotient(a, b) : a / b; });
+            for (std::int32_t i = 0; own != nullptr && i < kLanes; ++i) {
+              own[i] = 1.0 / points[static_cast<std::ptrdiff_t>(i) * width];
+            }
+          }
+          if (own != nullptr && (next == Instr::MultiplyX || next == Instr::DivideX)) {
+            d.Nonzero(sp, static_cast<std::size_t>(s)) = kStored;
+          }
+          pc += 3;
+          continue;
+        }
+        Fill(row, value);
         break;
+      }
       case Instr::DataWord:
         Fill(d.Value(++sp), stats.Lookup(static_cast<DataWord>(in.a), in.b));
         flat(sp);
@@ -626,7 +661,7 @@ template <bool kCheck>
     const double* row = d.Partial(0, j);
     for (std::int32_t i = 0; i < kLanes; ++i) check[i] += row[i] * 0.0;
   }
-  return block_steps::AllZero(check);
+  return (!kCheck && !checks) || block_steps::AllZero(check);
 }
 
 constexpr std::array<double, kRow> kZeros{};
@@ -729,6 +764,7 @@ bool EvaluateProgramDerivatives(const ModelProgram& program, const BlockPlan& pl
     }
   }
   std::vector<const double*>& columns = work.columns;
+  const bool checks = block_steps::WatchedPassChecks(program, vector_math);
   // Watched passes where RunBlock would run them.
   bool watch = runs && plan.conditionals == 0 && FlagsCanBeWatched();
   try {
@@ -753,7 +789,8 @@ bool EvaluateProgramDerivatives(const ModelProgram& program, const BlockPlan& pl
     try {
       if (watch) {
         const FlagWatch flags;
-        if (RunDual<false>(program, rules, d, parameters, slot.data(), lanes, width, stats, work.table, vector) &&
+        if (RunDual<false>(program, rules, d, parameters, slot.data(), lanes, width, stats, work.table, vector,
+                           checks) &&
             flags.Clean()) {
           return true;
         }
