@@ -232,6 +232,7 @@ template <bool kCheck>
   double* gb = d.Temporary(4);
   double* gc = d.Temporary(5);
   const auto column = [&](double* row, std::int32_t c) {
+    if (width == 1) return Copy(row, points);
     for (std::int32_t i = 0; i < kLanes; ++i) row[i] = points[static_cast<std::ptrdiff_t>(i) * width + c];
   };
   // A pushed value: no partials; a pushed parameter: its own partial is 1.
@@ -675,10 +676,19 @@ constexpr std::array<double, kRow> kOnes = [] {
 // the results, each written whole. Counts up to four are unrolled.
 template <std::int32_t kCount>
 void StoreRows(const double* const* columns, std::int32_t count, std::int32_t n, double* dyda, std::int32_t stride) {
-  const std::int32_t c = kCount > 0 ? kCount : count;
-  for (std::int32_t i = 0; i < n; ++i) {
-    double* out = dyda + static_cast<std::ptrdiff_t>(i) * stride;
-    for (std::int32_t l = 1; l <= c; ++l) out[l] = columns[l][i];
+  if constexpr (kCount > 0) {
+    // The columns in registers: the stores cannot change them.
+    std::array<const double*, kCount> from{};
+    for (std::int32_t l = 0; l < kCount; ++l) from[static_cast<std::size_t>(l)] = columns[l + 1];
+    for (std::int32_t i = 0; i < n; ++i) {
+      double* out = dyda + static_cast<std::ptrdiff_t>(i) * stride + 1;
+      for (std::int32_t l = 0; l < kCount; ++l) out[l] = from[static_cast<std::size_t>(l)][i];
+    }
+  } else {
+    for (std::int32_t i = 0; i < n; ++i) {
+      double* out = dyda + static_cast<std::ptrdiff_t>(i) * stride;
+      for (std::int32_t l = 1; l <= count; ++l) out[l] = columns[l][i];
+    }
   }
 }
 void StoreColumns(const double* const* columns, std::int32_t count, std::int32_t n, double* dyda, std::int32_t stride) {
@@ -805,7 +815,7 @@ bool EvaluateProgramDerivatives(const ModelProgram& program, const BlockPlan& pl
   // the model does not move with) is 0.
   const auto store = [&](std::int32_t r, std::int32_t n, bool value) {
     if (value) {
-      for (std::int32_t i = 0; i < n; ++i) y[r + i] = d.values[i];
+      std::copy(d.values, d.values + n, y + r);
     }
     for (std::int32_t l = 1; l <= parameter_count; ++l) {
       const std::int32_t s = slot[static_cast<std::size_t>(l)];
