@@ -130,23 +130,25 @@ void Scale(const Dual& d, std::int32_t k, const double* g) {
   }
 }
 
-// The factor of an operand's partials in the chain rule: a row, or exactly
-// +1 or -1 (the sums and differences, whose products by 1 are exact and so
-// left out), or none (the operand's partials do not count).
+// The factor of an operand's partials in the chain rule: a row, or one
+// value for every lane (+1 and -1 of sums and differences, whose products by
+// 1 are exact and so left out; a pushed parameter's value), or none (the
+// operand's partials do not count).
 struct Factor {
   const double* row = nullptr;
-  double sign = 0.0;  // +1 or -1 when row is null; 0: none
-  static Factor Of(const double* g) { return {g, g != nullptr ? 1.0 : 0.0}; }
-  static Factor Unit(double s) { return {nullptr, s}; }
-  bool Counts() const { return row != nullptr || sign != 0.0; }
+  double value = 0.0;  // when row is null
+  bool counts = false;
+  static Factor Of(const double* g) { return {g, 0.0, g != nullptr}; }
+  static Factor Unit(double v) { return {nullptr, v, true}; }
+  bool Counts() const { return counts; }
 };
 inline void Apply(const Factor& f, double* out, const double* in) {
   if (f.row != nullptr) {
     for (std::int32_t i = 0; i < kLanes; ++i) out[i] = f.row[i] * in[i];
-  } else if (f.sign > 0.0) {
+  } else if (f.value == 1.0) {
     if (out != in) Copy(out, in);
   } else {
-    for (std::int32_t i = 0; i < kLanes; ++i) out[i] = -in[i];
+    for (std::int32_t i = 0; i < kLanes; ++i) out[i] = f.value * in[i];
   }
 }
 
@@ -167,10 +169,10 @@ void Combine(const Dual& d, std::int32_t a, const Factor& fa, std::int32_t b, co
       const Factor& f = na ? fa : fb;
       if (f.row != nullptr) {
         Copy(out, f.row);
-      } else if (f.sign < 0.0) {
-        Fill(out, -1.0);
+      } else if (f.value != 1.0) {
+        Fill(out, f.value);
       }
-      d.Nonzero(a, j) = f.row == nullptr && f.sign > 0.0 ? kOne : kStored;
+      d.Nonzero(a, j) = f.row == nullptr && f.value == 1.0 ? kOne : kStored;
       any = true;
       continue;
     }
@@ -180,11 +182,11 @@ void Combine(const Dual& d, std::int32_t a, const Factor& fa, std::int32_t b, co
       if (fa.row != nullptr && fb.row != nullptr) {
         for (std::int32_t i = 0; i < kLanes; ++i) out[i] = fa.row[i] * out[i] + fb.row[i] * pb[i];
       } else if (fa.row != nullptr) {
-        for (std::int32_t i = 0; i < kLanes; ++i) out[i] = fa.row[i] * out[i] + fb.sign * pb[i];
+        for (std::int32_t i = 0; i < kLanes; ++i) out[i] = fa.row[i] * out[i] + fb.value * pb[i];
       } else if (fb.row != nullptr) {
-        for (std::int32_t i = 0; i < kLanes; ++i) out[i] = fa.sign * out[i] + fb.row[i] * pb[i];
+        for (std::int32_t i = 0; i < kLanes; ++i) out[i] = fa.value * out[i] + fb.row[i] * pb[i];
       } else {
-        for (std::int32_t i = 0; i < kLanes; ++i) out[i] = fa.sign * out[i] + fb.sign * pb[i];
+        for (std::int32_t i = 0; i < kLanes; ++i) out[i] = fa.value * out[i] + fb.value * pb[i];
       }
     } else if (na) {
       Apply(fa, out, out);
@@ -246,8 +248,38 @@ template <bool kCheck>
   };
   std::int32_t sp = -1;
   std::int32_t pc = 1;
+  // Cells (below 64) holding a pushed value whose row is not written yet:
+  // a product by it takes the value itself; any other step writes the rows
+  // first.
+  std::uint64_t uniform = 0;
+  double uniform_value[64];
+  const auto bit = [](std::int32_t k) { return std::uint64_t{1} << static_cast<std::uint32_t>(k); };
+  const auto settle = [&] {
+    for (std::int32_t k = 0; uniform != 0; ++k) {
+      if ((uniform & bit(k)) == 0) continue;
+      Fill(d.Value(k), uniform_value[k]);
+      uniform &= ~bit(k);
+    }
+  };
+  const auto push_value = [&](double value) {
+    ++sp;
+    if (sp < 64) {
+      uniform |= bit(sp);
+      uniform_value[sp] = value;
+    } else {
+      Fill(d.Value(sp), value);
+    }
+  };
   while (pc <= length) {
     const Instruction& in = code[pc];
+    if (uniform != 0) {
+      const bool merge = depth > 0 && endif_at[depth - 1] == pc;
+      const bool push = in.op == Instr::X || in.op == Instr::Variable || in.op == Instr::Constant ||
+                        in.op == Instr::Parameter || in.op == Instr::DataWord || in.op == Instr::Recall;
+      const bool product =
+          in.op == Instr::Multiply && sp >= 1 && (uniform & bit(sp - 1)) != 0 && (uniform & bit(sp)) == 0;
+      if (merge || !(push || product)) settle();
+    }
     while (depth > 0 && endif_at[depth - 1] == pc) {
       // Each lane keeps the value, the partials and the checks of its branch.
       if (sp < 1) return false;
@@ -303,7 +335,7 @@ template <bool kCheck>
         flat(sp);
         break;
       case Instr::Constant:
-        Fill(d.Value(++sp), in.value);
+        push_value(in.value);
         flat(sp);
         break;
       case Instr::Parameter: {
@@ -341,7 +373,8 @@ template <bool kCheck>
           pc += 3;
           continue;
         }
-        Fill(row, value);
+        --sp;
+        push_value(value);
         break;
       }
       case Instr::DataWord:
@@ -593,6 +626,18 @@ template <bool kCheck>
         double* a = d.Value(sp);
         const double* bv = d.Value(b);
         const bool any = d.Depends(sp) != 0 || d.Depends(b) != 0;
+        if (in.op == Instr::Multiply && sp < 64 && (uniform & bit(sp)) != 0) {
+          // A pushed value times a row.
+          const double value = uniform_value[sp];
+          uniform &= ~bit(sp);
+          for (std::int32_t i = 0; i < kLanes; ++i) {
+            const double r = value * bv[i];
+            a[i] = r;
+            if constexpr (kCheck) check[i] += r * 0.0;
+          }
+          if (any) Combine(d, sp, Factor::Of(bv), b, Factor::Unit(value));
+          break;
+        }
         const bool product = in.op == Instr::Multiply || in.op == Instr::Power;
         if (any && product) Copy(ta, a);
         switch (in.op) {
@@ -643,6 +688,7 @@ template <bool kCheck>
     }
     ++pc;
   }
+  settle();
   if (sp < 0 || depth != 0) return false;
   // The records of earlier definitions on the object leave their values
   // below: the result is the top, as point by point.
