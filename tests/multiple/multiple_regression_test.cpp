@@ -128,7 +128,8 @@ TEST(MultipleRegression, WeightedFitOfOneVariableIsTheSingleVariableFit) {
   EXPECT_EQ(r.ResultTables()->Item(3)->Name(), "Standard Deviation");
 }
 
-// A surface of two variables through the Variant events, weighted: every
+// A surface of two variables through the Variant events with the host's
+// derivatives, weighted: every
 // statistic follows from the observations, the deviations and the
 // predictions of the result table.
 TEST(MultipleRegression, WeightedSurfaceStatisticsFollowFromTheData) {
@@ -140,7 +141,14 @@ TEST(MultipleRegression, WeightedSurfaceStatisticsFollowFromTheData) {
         p.At(2).ToDouble() * x.At(1).ToDouble();
     ok = true;
   };
-  r.DefineExternalModelAlt(2, Variant::Array({Variant("a"), Variant("b"), Variant("c")}));
+  r.Events.DerivativeExternalAlt = [](Variant& p, Variant& x, Variant& d, bool& ok) {
+    const double e = std::exp(p.At(1).ToDouble() * x.At(0).ToDouble());
+    d.At(0) = e;
+    d.At(1) = p.At(0).ToDouble() * x.At(0).ToDouble() * e;
+    d.At(2) = x.At(1);
+    ok = x.UpperBound() == 1;
+  };
+  r.DefineExternalModelAlt(2, Variant::Array({Variant("a"), Variant("b"), Variant("c")}), true);
   EXPECT_EQ(r.NumIndependentVariables(), 2);
   const Matrix x = Points(30, 2, 1);
   std::vector<double> y, sd;
