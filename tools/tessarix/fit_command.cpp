@@ -314,7 +314,7 @@ int RunFit(const FitOptions& options, std::ostream& out) {
   const LoadedData data = LoadData(options.data);
   if (data.xs.size() > 1) {
     MultipleNonlinearRegression regression;
-    SetUpModel(regression, options.model);
+    SetUpModel(regression, options.model, data.xs.size());
     // The library would ignore columns beyond the model's variables; here a
     // column named and not used is a mistake in the command.
     const auto variables = static_cast<std::size_t>(regression.NumIndependentVariables());
