@@ -103,10 +103,7 @@ TEST(BlockEvaluator, FaultsStopAtTheirRow) {
   // a logarithm of 0 in a sub-definition saved and read again, an overflow
   // of exp from x = 89.
   const std::vector<std::pair<std::string, std::vector<std::string>>> cases = {
-      {"a/(x-3)", {}},
-      {"a*sqr(100-x)", {}},
-      {"a*((x+80)*1e8 mod 7)", {}},
-      {"a+F1*F1", {"ln(x-50)+x"}},
+      {"a/(x-3)", {}},      {"a*sqr(100-x)", {}}, {"a*((x+80)*1e8 mod 7)", {}}, {"a+F1*F1", {"ln(x-50)+x"}},
       {"a*exp(x*8)+1", {}},
   };
   for (const auto& [y, subs] : cases) {
