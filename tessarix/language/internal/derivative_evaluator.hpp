@@ -47,7 +47,11 @@ struct DerivativeStop {
 // point finds (same row, same saved values), and a row whose value succeeds
 // but whose derivatives are not all finite fails in its derivatives. Never
 // throws. `vector_math`: exp, ln, sin and cos of full blocks by the vector
-// routines, as in EvaluateProgramBlock.
+// routines, as in EvaluateProgramBlock. A block runs under the
+// floating-point flags first where EvaluateProgramBlock's would (the
+// factors of function words checked too), and checked after a raised flag.
+// The partials that are 0 by the program's shape (a parameter that an
+// operand does not move with) are written as +0.
 [[nodiscard]] bool EvaluateProgramDerivatives(const ModelProgram& program, const BlockPlan& plan,
                                               const DerivativePlan& rules, EvaluationScratch& scratch,
                                               DerivativeScratch& work, const double* parameters, const std::int32_t* ia,
