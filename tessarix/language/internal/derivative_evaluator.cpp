@@ -277,7 +277,7 @@ template <bool kCheck>
       const bool push = in.op == Instr::X || in.op == Instr::Variable || in.op == Instr::Constant ||
                         in.op == Instr::Parameter || in.op == Instr::DataWord || in.op == Instr::Recall;
       const bool product =
-          in.op == Instr::Multiply && sp >= 1 && (uniform & bit(sp - 1)) != 0 && (uniform & bit(sp)) == 0;
+          in.op == Instr::Multiply && sp >= 1 && sp < 64 && (uniform & bit(sp - 1)) != 0 && (uniform & bit(sp)) == 0;
       if (merge || !(push || product)) settle();
     }
     while (depth > 0 && endif_at[depth - 1] == pc) {
