@@ -39,7 +39,8 @@ struct BlockPlan {
 // invalid): an operation on finite operands whose result is not finite
 // raises one, and the steps that fail without one (function words, powers,
 // the integer operators) keep their checks. A raised flag sends the call
-// through the checked passes. The values are the same either way.
+// through the checked passes. The values are the same either way; after a
+// failure, rows beyond the failing one may hold values of the watched pass.
 //
 // `vector_math` computes exp, ln, sin and cos of full blocks with the vector
 // routines of vector_math.hpp: the values then differ from the scalar path
