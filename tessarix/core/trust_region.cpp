@@ -72,6 +72,7 @@ class TrustRegionRun {
   TrustRegionOutcome Run(Matrix1& covar);
 
  private:
+  double UncheckedMerit(const std::vector<double>& model) const;
   bool ValuePass(const Vector1& values, std::vector<double>& model, double& chisq, RowFailure& failure);
   bool DerivativePass(const Vector1& values, RowFailure& failure);
   bool LostColumn() const;
@@ -110,21 +111,34 @@ class TrustRegionRun {
   std::int32_t given_up_ = 0;  // accepted points left for lack of usable derivatives
 };
 
+double TrustRegionRun::UncheckedMerit(const std::vector<double>& model) const {
+  const double* const y = core_.y.data() + 1;
+  const double* const weights = core_.weights.data() + 1;
+  double sum = 0.0;
+  for (std::int32_t i = 0; i < n_; ++i) {
+    const auto ui = static_cast<std::size_t>(i);
+    const double dy = y[ui] - model[ui];
+    sum = sum + dy * dy * weights[ui];
+  }
+  return sum;
+}
+
 bool TrustRegionRun::ValuePass(const Vector1& values, std::vector<double>& model, double& chisq, RowFailure& failure) {
   for (std::int32_t l = 1; l <= count_; ++l) {
     core_.parameter_values[static_cast<std::size_t>(l)] = values[static_cast<std::size_t>(l)];
   }
   ++value_passes_;
   model.resize(static_cast<std::size_t>(n_));
-  MarquardtState& state = core_.marquardt;
   const std::int32_t block = model_.BlockRows();
   for (std::int32_t first = 1; first <= n_; first += block) {
     const std::int32_t rows = std::min(block, n_ - first + 1);
-    if (!model_.EvaluateRows(first, rows, nullptr, state.block_values.data(), nullptr, 0, failure)) return false;
-    std::copy_n(state.block_values.begin(), rows, model.begin() + (first - 1));
+    if (!model_.EvaluateRows(first, rows, nullptr, model.data() + (first - 1), nullptr, 0, failure)) return false;
   }
-  // The merit as the Marquardt pass sums it; an overflow is the caller's
-  // fault to handle.
+  // The merit as the Marquardt pass sums it, first without a test per step:
+  // a step that fails leaves the sum not finite, and nothing else does. The
+  // checked loop then raises the fault at its step, the caller's to handle.
+  chisq = UncheckedMerit(model);
+  if (std::isfinite(chisq)) return true;
   double sum = 0.0;
   for (std::int32_t i = 1; i <= n_; ++i) {
     const auto ui = static_cast<std::size_t>(i);
@@ -136,7 +150,9 @@ bool TrustRegionRun::ValuePass(const Vector1& values, std::vector<double>& model
 }
 
 // The Jacobian at the best point, weighted, folded row by row into its
-// triangular factor together with the weighted residuals there.
+// triangular factor together with the weighted residuals there. The rows go
+// in without a test per step; a block where a step fails is added again
+// from there through the checked loop, which raises the fault at its step.
 bool TrustRegionRun::DerivativePass(const Vector1& values, RowFailure& failure) {
   for (std::int32_t l = 1; l <= count_; ++l) {
     core_.parameter_values[static_cast<std::size_t>(l)] = values[static_cast<std::size_t>(l)];
@@ -153,7 +169,11 @@ bool TrustRegionRun::DerivativePass(const Vector1& values, RowFailure& failure) 
                              failure)) {
       return false;
     }
-    for (std::int32_t r = 0; r < rows; ++r) {
+    const auto at = static_cast<std::size_t>(first - 1);
+    const std::int32_t added =
+        folding_.AddRowsUnchecked(rows, root_weights_.data() + at, state.block_derivatives.data(), stride,
+                                  fitted_.data(), best_.model.data() + at, core_.y.data() + at + 1);
+    for (std::int32_t r = added; r < rows; ++r) {
       const auto i = static_cast<std::size_t>(first - 1 + r);
       const double w = root_weights_[i];
       const double* const dyda = state.block_derivatives.data() + static_cast<std::ptrdiff_t>(r) * stride;
