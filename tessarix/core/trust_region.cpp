@@ -96,7 +96,9 @@ class TrustRegionRun {
   Point best_;
   Point previous_;  // the best point before the last accepted step
   Point trial_;
-  RowFoldingQR folding_;  // the Jacobian of the point last differentiated
+  RowFoldingQR folding_;                 // the Jacobian of the point last differentiated
+  std::vector<double> gathered_values_;  // the rows of a fold, for models of short blocks
+  std::vector<double> gathered_derivatives_;
   PivotedQR qr_;
   SquareColumns r_;
   std::vector<double> qtf_;
@@ -163,20 +165,35 @@ bool TrustRegionRun::DerivativePass(const Vector1& values, RowFailure& failure) 
   MarquardtState& state = core_.marquardt;
   const std::int32_t block = model_.BlockRows();
   const std::int32_t stride = state.block_stride;
-  for (std::int32_t first = 1; first <= n_; first += block) {
-    const std::int32_t rows = std::min(block, n_ - first + 1);
-    if (!model_.EvaluateRows(first, rows, ia_.data(), state.block_values.data(), state.block_derivatives.data(), stride,
-                             failure)) {
-      return false;
+  // Models that hand over fewer rows than a fold at once (one by one, say)
+  // fill a fold's rows before they are added, which spares the unchecked
+  // loop its start-up cost per row.
+  std::int32_t span = block;
+  double* row_values = state.block_values.data();
+  double* derivatives = state.block_derivatives.data();
+  if (block < RowFoldingQR::kFoldRows) {
+    span = RowFoldingQR::kFoldRows / block * block;
+    gathered_values_.resize(static_cast<std::size_t>(span));
+    gathered_derivatives_.resize(static_cast<std::size_t>(span) * static_cast<std::size_t>(stride));
+    row_values = gathered_values_.data();
+    derivatives = gathered_derivatives_.data();
+  }
+  for (std::int32_t first = 1; first <= n_; first += span) {
+    const std::int32_t rows = std::min(span, n_ - first + 1);
+    for (std::int32_t done = 0; done < rows; done += block) {
+      if (!model_.EvaluateRows(first + done, std::min(block, rows - done), ia_.data(), row_values + done,
+                               derivatives + static_cast<std::ptrdiff_t>(done) * stride, stride, failure)) {
+        return false;
+      }
     }
     const auto at = static_cast<std::size_t>(first - 1);
     const std::int32_t added =
-        folding_.AddRowsUnchecked(rows, root_weights_.data() + at, state.block_derivatives.data(), stride,
-                                  fitted_.data(), best_.model.data() + at, core_.y.data() + at + 1);
+        folding_.AddRowsUnchecked(rows, root_weights_.data() + at, derivatives, stride, fitted_.data(),
+                                  best_.model.data() + at, core_.y.data() + at + 1);
     for (std::int32_t r = added; r < rows; ++r) {
       const auto i = static_cast<std::size_t>(first - 1 + r);
       const double w = root_weights_[i];
-      const double* const dyda = state.block_derivatives.data() + static_cast<std::ptrdiff_t>(r) * stride;
+      const double* const dyda = derivatives + static_cast<std::ptrdiff_t>(r) * stride;
       for (std::int32_t k = 0; k < nfit_; ++k) {
         row[static_cast<std::size_t>(k)] = Checked(w * dyda[fitted_[static_cast<std::size_t>(k)]]);
       }
