@@ -321,6 +321,10 @@ TrustRegionOutcome TrustRegionRun::Run(Matrix1& covar) {
   delta_ = xnorm_ != 0.0 ? Checked(kTrustInitialRadiusFactor * xnorm_) : kTrustInitialRadiusFactor;
 
   const double xtol = core_.regression_tolerance / 100.0;
+  // The merit is a sum over the observations, whose rounding moves it by
+  // about sqrt(n) units in its last place: an actual reduction below that
+  // cannot be seen. (The predicted reduction carries no such noise.)
+  const double merit_rounding = kEpsilon * std::max(1.0, std::sqrt(static_cast<double>(n_)));
   bool factored = true;        // the Jacobian of best_ is factored
   bool newly_factored = true;  // ... and its gradient not yet tested
   bool accepted_any = false;
@@ -443,9 +447,11 @@ TrustRegionOutcome TrustRegionRun::Run(Matrix1& covar) {
       model_.IterationComplete(out.iterations, best_.chisq, abort);
 
       // The tests in MINPACK's order. The merit's reductions are tested at
-      // the precision of a Double; RegressionTolerance bounds the relative
-      // change of the scaled parameters.
-      const bool settled_merit = evaluated && std::fabs(actred) <= kEpsilon && prered <= kEpsilon && 0.5 * ratio <= 1.0;
+      // the precision of a Double, the actual one allowing for the rounding
+      // of the merit's sum; RegressionTolerance bounds the relative change of
+      // the scaled parameters.
+      const bool settled_merit =
+          evaluated && std::fabs(actred) <= merit_rounding && prered <= kEpsilon && 0.5 * ratio <= 1.0;
       if (best_.chisq == 0.0 || settled_merit) {
         reason = tsxConvergedReduction;
       } else if (delta_ <= std::max(xtol, kEpsilon) * xnorm_) {
