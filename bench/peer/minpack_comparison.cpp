@@ -174,12 +174,17 @@ int main() {
   for (const auto method : {tsxSolverMarquardt, tsxSolverTrustRegion}) {
     const std::string tag = method == tsxSolverMarquardt ? "" : "TR ";
     for (const std::int32_t threads : {1, 2}) {
-      const std::string suffix = threads == 1 ? ", 1 thread" : ", 2 threads";
-      Compare((tag + "ID 36 a*exp(b*x)" + suffix).c_str(), exponential,
+      const auto label = [&](const char* body) {
+        std::string text = tag;
+        text += body;
+        text += threads == 1 ? ", 1 thread" : ", 2 threads";
+        return text;
+      };
+      Compare(label("ID 36 a*exp(b*x)").c_str(), exponential,
               [&] { return RunTessarix(exponential, false, threads, method); });
-      Compare((tag + "ext. a*exp(b*x)+c, per point" + suffix).c_str(), offset,
+      Compare(label("ext. a*exp(b*x)+c, per point").c_str(), offset,
               [&] { return RunTessarix(offset, false, threads, method); });
-      Compare((tag + "ext. a*exp(b*x)+c, block events" + suffix).c_str(), offset,
+      Compare(label("ext. a*exp(b*x)+c, block events").c_str(), offset,
               [&] { return RunTessarix(offset, true, threads, method); });
     }
   }
