@@ -74,7 +74,7 @@ class TrustRegionRun {
  private:
   double UncheckedMerit(const std::vector<double>& model) const;
   bool ValuePass(const Vector1& values, std::vector<double>& model, double& chisq, RowFailure& failure);
-  bool DerivativePass(const Vector1& values, RowFailure& failure);
+  bool DerivativePass(const Vector1& values, RowFailure& failure, bool with_values = false);
   bool LostColumn() const;
   void Factor();
   double ScaledParameterNorm(const Vector1& values) const;
@@ -155,12 +155,14 @@ bool TrustRegionRun::ValuePass(const Vector1& values, std::vector<double>& model
 // triangular factor together with the weighted residuals there. The rows go
 // in without a test per step; a block where a step fails is added again
 // from there through the checked loop, which raises the fault at its step.
-bool TrustRegionRun::DerivativePass(const Vector1& values, RowFailure& failure) {
+// With `with_values` the model's values there become best_.model first.
+bool TrustRegionRun::DerivativePass(const Vector1& values, RowFailure& failure, bool with_values) {
   for (std::int32_t l = 1; l <= count_; ++l) {
     core_.parameter_values[static_cast<std::size_t>(l)] = values[static_cast<std::size_t>(l)];
   }
   ++derivative_passes_;
   folding_.Reset(nfit_);
+  if (with_values) best_.model.resize(static_cast<std::size_t>(n_));
   std::vector<double> row(static_cast<std::size_t>(nfit_));
   MarquardtState& state = core_.marquardt;
   const std::int32_t block = model_.BlockRows();
@@ -187,6 +189,7 @@ bool TrustRegionRun::DerivativePass(const Vector1& values, RowFailure& failure) 
       }
     }
     const auto at = static_cast<std::size_t>(first - 1);
+    if (with_values) std::copy_n(row_values, rows, best_.model.begin() + static_cast<std::ptrdiff_t>(at));
     const std::int32_t added =
         folding_.AddRowsUnchecked(rows, root_weights_.data() + at, derivatives, stride, fitted_.data(),
                                   best_.model.data() + at, core_.y.data() + at + 1);
@@ -301,11 +304,24 @@ TrustRegionOutcome TrustRegionRun::Run(Matrix1& covar) {
 
   best_.values = a_;
   RowFailure failure;
-  if (!ValuePass(best_.values, best_.model, best_.chisq, failure)) {
+  // The first point's values come with its derivatives, in one pass. Where
+  // that pass fails, the values are evaluated on their own first, so that a
+  // failure of the values is the one told, and at its observation.
+  bool first_pass = false;
+  try {
+    first_pass = DerivativePass(best_.values, failure, true);
+  } catch (const RuntimeFault&) {
+    first_pass = false;  // a step of the fold overflowed: told again below
+  }
+  if (first_pass) {
+    best_.chisq = UncheckedMerit(best_.model);
+    first_pass = std::isfinite(best_.chisq);
+  }
+  if (!first_pass && !ValuePass(best_.values, best_.model, best_.chisq, failure)) {
     core_.last_error = "Error evaluating the function at X = " + model_.PointText(failure.row) + std::string(kLineEnd);
     RaiseInternalFailure();
   }
-  if (!DerivativePass(best_.values, failure)) {
+  if (!first_pass && !DerivativePass(best_.values, failure)) {
     core_.last_error =
         "Error taking parameter derivatives at X = " + model_.PointText(failure.row) + std::string(kLineEnd);
     RaiseInternalFailure();
