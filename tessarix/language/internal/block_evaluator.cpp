@@ -98,6 +98,7 @@ struct Lanes {
   // Three rows per open conditional: the condition, the checks before it,
   // the checks after its true branch.
   double* branches;
+  std::int32_t levels;  // the conditionals the branch rows hold, at most kMaxNesting
   double* Row(std::int32_t k) const { return stack + static_cast<std::size_t>(k) * kRow; }
 };
 
@@ -187,7 +188,7 @@ template <bool kCheck>
       case Instr::Skip:
         break;
       case Instr::If: {
-        if (top == nullptr || depth >= kMaxNesting) return false;
+        if (top == nullptr || depth >= lanes.levels) return false;
         double* condition = branch_row(depth, 0);
         double* before = branch_row(depth, 1);
         for (std::int32_t i = 0; i < kLanes; ++i) {
@@ -424,15 +425,20 @@ std::int32_t EvaluateProgramBlock(const ModelProgram& program, const BlockPlan& 
   if (!plan.usable || width < program.point_size || width < 1) {
     return ReplayRows(program, scratch, parameters, points, width, count, stats, y);
   }
+  // Rows for the saved values and the conditionals only where the program
+  // has them, so that the work space of most programs stays small (nesting
+  // never exceeds the count of conditionals).
+  const std::size_t cells = program.stack_cells + 1;
+  const std::size_t saved_rows = plan.saves == std::array<bool, 10>{} ? 0 : kSavedRows;
+  const std::int32_t levels = plan.conditionals < kMaxNesting ? plan.conditionals : kMaxNesting;
+  const std::size_t branch_rows = 3 * static_cast<std::size_t>(levels);
   try {
-    const std::size_t cells = program.stack_cells + 1;
-    const std::size_t needed = (cells + kSavedRows + 1 + 3 * static_cast<std::size_t>(kMaxNesting)) * kRow +
-                               static_cast<std::size_t>(kLanes * width);
+    const std::size_t needed = (cells + saved_rows + 1 + branch_rows) * kRow +
+                               static_cast<std::size_t>(kLanes) * static_cast<std::size_t>(width);
     if (scratch.block.size() < needed) scratch.block.assign(needed, 0.0);
   } catch (...) {
     return ReplayRows(program, scratch, parameters, points, width, count, stats, y);
   }
-  const std::size_t cells = program.stack_cells + 1;
   // Conditionals run both branches on every lane: a flag of the branch not
   // taken would send every such block through both passes.
   bool watch = plan.conditionals == 0 && FlagsCanBeWatched();
@@ -443,9 +449,9 @@ std::int32_t EvaluateProgramBlock(const ModelProgram& program, const BlockPlan& 
     watch = false;  // a statistic that faults: the checked pass meets it
   }
   const Lanes lanes{scratch.block.data(), scratch.block.data() + cells * kRow,
-                    scratch.block.data() + (cells + kSavedRows) * kRow,
-                    scratch.block.data() + (cells + kSavedRows + 1) * kRow};
-  double* padded = scratch.block.data() + (cells + kSavedRows + 1 + 3 * static_cast<std::size_t>(kMaxNesting)) * kRow;
+                    scratch.block.data() + (cells + saved_rows) * kRow,
+                    scratch.block.data() + (cells + saved_rows + 1) * kRow, levels};
+  double* padded = scratch.block.data() + (cells + saved_rows + 1 + branch_rows) * kRow;
   // The points of the block at `first`, n of them: the short last block runs
   // on copies of its points, padded with its last point so that every lane
   // computes something it would compute anyway.

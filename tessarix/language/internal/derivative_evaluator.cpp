@@ -63,6 +63,7 @@ struct Dual {
   double* check;
   double* branches;
   double* temporaries;
+  std::int32_t levels;          // the conditionals the branch rows hold, at most kMaxNesting
   std::uint8_t* depends;        // the stack cells
   std::uint8_t* saved_depends;  // the ten saved values
   std::uint8_t* nonzero;        // per stack cell, p flags
@@ -310,7 +311,7 @@ template <bool kCheck>
       case Instr::Skip:
         break;
       case Instr::If: {
-        if (top == nullptr || depth >= kMaxNesting) return false;
+        if (top == nullptr || depth >= d.levels) return false;
         double* condition = branch_row(depth, 0);
         double* before = branch_row(depth, 1);
         Copy(condition, top);
@@ -774,8 +775,12 @@ bool EvaluateProgramDerivatives(const ModelProgram& program, const BlockPlan& pl
     }
     // Parameters the program names beyond the count have no partials.
     const std::size_t cells = program.stack_cells + 2;
-    const std::size_t rows =
-        cells * (1 + p) + kSavedRows * (1 + p) + 1 + 3 * static_cast<std::size_t>(kMaxNesting) + kTemporaries;
+    // Rows for the saved values and the conditionals only where the program
+    // has them (nesting never exceeds the count of conditionals).
+    const std::size_t saved_rows = plan.saves == std::array<bool, 10>{} ? 0 : kSavedRows;
+    const std::int32_t levels = plan.conditionals < kMaxNesting ? plan.conditionals : kMaxNesting;
+    const std::size_t branch_rows = 3 * static_cast<std::size_t>(levels);
+    const std::size_t rows = cells * (1 + p) + saved_rows * (1 + p) + 1 + branch_rows + kTemporaries;
     const std::size_t needed = rows * kRow + static_cast<std::size_t>(kLanes) * static_cast<std::size_t>(width);
     if (work.rows.size() < needed) work.rows.assign(needed, 0.0);
     // The flags of the cells and saved values, then the partial flags of
@@ -789,10 +794,11 @@ bool EvaluateProgramDerivatives(const ModelProgram& program, const BlockPlan& pl
     d.values = base;
     d.partials = d.values + cells * kRow;
     d.saved = d.partials + cells * p * kRow;
-    d.saved_partials = d.saved + kSavedRows * kRow;
-    d.check = d.saved_partials + kSavedRows * p * kRow;
+    d.saved_partials = d.saved + saved_rows * kRow;
+    d.check = d.saved_partials + saved_rows * p * kRow;
     d.branches = d.check + kRow;
-    d.temporaries = d.branches + 3 * static_cast<std::size_t>(kMaxNesting) * kRow;
+    d.levels = levels;
+    d.temporaries = d.branches + branch_rows * kRow;
     d.depends = work.depends.data();
     d.saved_depends = d.depends + cells;
     d.nonzero = d.saved_depends + kSavedRows;
