@@ -12,6 +12,8 @@
 #include "tessarix/foundation/error_code.hpp"
 #include "tessarix/language/model_definition.hpp"
 #include "tessarix/models/predefined_models.hpp"
+#include "tessarix/multiple/multiple_events.hpp"
+#include "tessarix/multiple/multiple_nonlinear_regression.hpp"
 #include "tessarix/platform/matrix.hpp"
 #include "tessarix/platform/separators.hpp"
 #include "tessarix/platform/variant.hpp"

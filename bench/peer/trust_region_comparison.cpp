@@ -139,7 +139,8 @@ struct Problem {
 };
 
 struct Outcome {
-  double lre = 0.0;  // 0 when not solved
+  double lre = 0.0;     // 0 when not solved
+  double se_lre = 0.0;  // of the standard errors; not for lmder
   long values = 0, derivatives = 0;
   std::string end;
 };
@@ -166,6 +167,12 @@ Outcome FromRun(const tessarix::RegressionObject& reg, const NistProblem& data, 
   Vec b;
   for (const auto& p : *reg.RegressionParameters()) b.push_back(p->Value());
   out.lre = WorstLre(b, data);
+  out.se_lre = 11.0;
+  std::int32_t j = 1;
+  for (double certified : data.certified_sd) {
+    out.se_lre =
+        std::min(out.se_lre, LogRelativeError(reg.RegressionParameters()->Item(j++)->StandardError(), certified));
+  }
   return out;
 }
 
@@ -300,10 +307,12 @@ void NistTable() {
   for (double v : nelson.data.y) nelson.y.push_back(std::log(v));
   problems.push_back(nelson);
 
-  std::printf("%-9s %2s | %-18s | %-18s | %-18s | %-18s\n", "problem", "st", "Marquardt, text", "trust, text",
+  std::printf("%-9s %2s | %-23s | %-23s | %-23s | %-18s\n", "problem", "st", "Marquardt, text", "trust, text",
               "trust, exact", "lmder, exact");
   const char* const kColumns[] = {"marquardt text", "trust text", "trust exact", "lmder exact"};
   int found[4] = {0, 0, 0, 0};
+  int se_found[4] = {0, 0, 0, 0};                 // standard errors to 4 digits where the parameters are found
+  double se_least[4] = {11.0, 11.0, 11.0, 11.0};  // the smallest standard error LRE there
   long passes[4] = {0, 0, 0, 0};
   for (const Problem& p : problems) {
     for (std::size_t start = 0; start < 2; ++start) {
@@ -315,21 +324,36 @@ void NistTable() {
       o[3] = FitLmder(p, s);
       std::printf("%-9s %2zu", p.name.c_str(), start + 1);
       for (int k = 0; k < 4; ++k) {
-        if (o[k].lre >= 6.0) ++found[k];
+        if (o[k].lre >= 6.0) {
+          ++found[k];
+          se_found[k] += o[k].se_lre >= 4.0;
+          se_least[k] = std::min(se_least[k], o[k].se_lre);
+        }
         passes[k] += o[k].values + o[k].derivatives;
         char cell[64];
-        std::snprintf(cell, sizeof cell, "%4.1f %4ld+%-4ld %s", o[k].lre, o[k].values, o[k].derivatives,
-                      o[k].end.substr(0, 4).c_str());
-        std::printf(" | %-18s", cell);
+        if (k < 3) {
+          std::snprintf(cell, sizeof cell, "%4.1f %4.1f %4ld+%-4ld %s", o[k].lre, o[k].se_lre, o[k].values,
+                        o[k].derivatives, o[k].end.substr(0, 4).c_str());
+          std::printf(" | %-23s", cell);
+        } else {
+          std::snprintf(cell, sizeof cell, "%4.1f %4ld+%-4ld %s", o[k].lre, o[k].values, o[k].derivatives,
+                        o[k].end.substr(0, 4).c_str());
+          std::printf(" | %-18s", cell);
+        }
       }
       std::printf("\n");
     }
   }
   for (int k = 0; k < 4; ++k) {
-    std::printf("%-15s parameters to 6 digits in %2d cases, %6ld passes in all\n", kColumns[k], found[k], passes[k]);
+    std::printf("%-15s parameters to 6 digits in %2d cases, %6ld passes in all", kColumns[k], found[k], passes[k]);
+    if (k < 3) {
+      std::printf("; there standard errors to 4 digits in %2d, the smallest LRE %.1f", se_found[k], se_least[k]);
+    }
+    std::printf("\n");
   }
   std::printf(
-      "(Marquardt: every pass gives values and derivatives.\n"
+      "(Cells: LRE of the parameters, of the standard errors (not for lmder), passes values+derivatives, end.\n"
+      " Marquardt: every pass gives values and derivatives.\n"
       " lmder's ends: i1 reduction, i2 step, i3 both, i4 gradient, i5 limit, i6-i8 tolerances too small;\n"
       " where the model is not finite its residuals are taken as 1e100.)\n\n");
   std::fflush(stdout);

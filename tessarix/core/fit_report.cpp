@@ -15,6 +15,7 @@
 #include "tessarix/data/data_series.hpp"
 #include "tessarix/foundation/error_catalogue.hpp"
 #include "tessarix/foundation/global_constants.hpp"
+#include "tessarix/models/predefined_models.hpp"
 #include "tessarix/platform/separators.hpp"
 
 namespace tessarix {
@@ -130,17 +131,21 @@ std::string EndingOfLog(const std::string& log) {
 }
 
 // The catalogue number of the defined pre-defined model, 0 when it cannot be
-// told: the engine keeps the entry's code and label, not its number.
+// told: the engine keeps the entry's code and label, not its number. The
+// listing is walked rather than the numbers, since the catalogue of several
+// variables has gaps (243 to 999, and all but three IDs of every hundred).
 std::int32_t PredefinedModelId(detail::RegressionEngine& e) {
   const std::string text = e.ModelText();
-  for (std::int32_t id = 1;; ++id) {
-    const detail::InternalModelEntry* entry = e.Hooks().FindPredefinedModel(id);
-    if (entry == nullptr) return 0;
-    if (entry->evaluation_code == e.model.evaluation_code && entry->definition == text &&
+  const std::vector<PredefinedModelInfo>& listing =
+      e.Hooks().SeveralVariables() ? PredefinedMultipleModels() : PredefinedModels();
+  for (const PredefinedModelInfo& model : listing) {
+    const detail::InternalModelEntry* entry = e.Hooks().FindPredefinedModel(model.ID);
+    if (entry != nullptr && entry->evaluation_code == e.model.evaluation_code && entry->definition == text &&
         entry->file_label == e.model.model_file_label) {
-      return id;
+      return model.ID;
     }
   }
+  return 0;
 }
 
 std::string ModelLines(const RegressionObject& r, detail::RegressionEngine& e) {

@@ -135,6 +135,9 @@ double MultipleNonlinearRegression::CalculateDerivative(std::span<const double> 
 double MultipleNonlinearRegression::CalculateDerivativeAlt(const Variant& XValues, std::int32_t XIndex) {
   engine_->GuardQuery();
   if (!XValues.IsArray()) RaiseLibraryError(ErrorCode::ExpectedVariantArray);
+  // An array without elements has no bound to read: the same invalid
+  // argument as an empty span.
+  if (XValues.Dimensions() == 0) RaiseLibraryError(ErrorCode::InvalidArgument);
   if (XIndex < 0 || XIndex >= engine_->variables) RaiseLibraryError(ErrorCode::InvalidArgument);
   return Handled([&] { return Derivative(*engine_, PointOf(*engine_, XValues), XIndex); });
 }

@@ -72,8 +72,9 @@ class TrustRegionRun {
   TrustRegionOutcome Run(Matrix1& covar);
 
  private:
+  double UncheckedMerit(const std::vector<double>& model) const;
   bool ValuePass(const Vector1& values, std::vector<double>& model, double& chisq, RowFailure& failure);
-  bool DerivativePass(const Vector1& values, RowFailure& failure);
+  bool DerivativePass(const Vector1& values, RowFailure& failure, bool with_values = false);
   bool LostColumn() const;
   void Factor();
   double ScaledParameterNorm(const Vector1& values) const;
@@ -95,7 +96,9 @@ class TrustRegionRun {
   Point best_;
   Point previous_;  // the best point before the last accepted step
   Point trial_;
-  RowFoldingQR folding_;  // the Jacobian of the point last differentiated
+  RowFoldingQR folding_;                 // the Jacobian of the point last differentiated
+  std::vector<double> gathered_values_;  // the rows of a fold, for models of short blocks
+  std::vector<double> gathered_derivatives_;
   PivotedQR qr_;
   SquareColumns r_;
   std::vector<double> qtf_;
@@ -110,21 +113,34 @@ class TrustRegionRun {
   std::int32_t given_up_ = 0;  // accepted points left for lack of usable derivatives
 };
 
+double TrustRegionRun::UncheckedMerit(const std::vector<double>& model) const {
+  const double* const y = core_.y.data() + 1;
+  const double* const weights = core_.weights.data() + 1;
+  double sum = 0.0;
+  for (std::int32_t i = 0; i < n_; ++i) {
+    const auto ui = static_cast<std::size_t>(i);
+    const double dy = y[ui] - model[ui];
+    sum = sum + dy * dy * weights[ui];
+  }
+  return sum;
+}
+
 bool TrustRegionRun::ValuePass(const Vector1& values, std::vector<double>& model, double& chisq, RowFailure& failure) {
   for (std::int32_t l = 1; l <= count_; ++l) {
     core_.parameter_values[static_cast<std::size_t>(l)] = values[static_cast<std::size_t>(l)];
   }
   ++value_passes_;
   model.resize(static_cast<std::size_t>(n_));
-  MarquardtState& state = core_.marquardt;
   const std::int32_t block = model_.BlockRows();
   for (std::int32_t first = 1; first <= n_; first += block) {
     const std::int32_t rows = std::min(block, n_ - first + 1);
-    if (!model_.EvaluateRows(first, rows, nullptr, state.block_values.data(), nullptr, 0, failure)) return false;
-    std::copy_n(state.block_values.begin(), rows, model.begin() + (first - 1));
+    if (!model_.EvaluateRows(first, rows, nullptr, model.data() + (first - 1), nullptr, 0, failure)) return false;
   }
-  // The merit as the Marquardt pass sums it; an overflow is the caller's
-  // fault to handle.
+  // The merit as the Marquardt pass sums it, first without a test per step:
+  // a step that fails leaves the sum not finite, and nothing else does. The
+  // checked loop then raises the fault at its step, the caller's to handle.
+  chisq = UncheckedMerit(model);
+  if (std::isfinite(chisq)) return true;
   double sum = 0.0;
   for (std::int32_t i = 1; i <= n_; ++i) {
     const auto ui = static_cast<std::size_t>(i);
@@ -136,27 +152,51 @@ bool TrustRegionRun::ValuePass(const Vector1& values, std::vector<double>& model
 }
 
 // The Jacobian at the best point, weighted, folded row by row into its
-// triangular factor together with the weighted residuals there.
-bool TrustRegionRun::DerivativePass(const Vector1& values, RowFailure& failure) {
+// triangular factor together with the weighted residuals there. The rows go
+// in without a test per step; a block where a step fails is added again
+// from there through the checked loop, which raises the fault at its step.
+// With `with_values` the model's values there become best_.model first.
+bool TrustRegionRun::DerivativePass(const Vector1& values, RowFailure& failure, bool with_values) {
   for (std::int32_t l = 1; l <= count_; ++l) {
     core_.parameter_values[static_cast<std::size_t>(l)] = values[static_cast<std::size_t>(l)];
   }
   ++derivative_passes_;
   folding_.Reset(nfit_);
+  if (with_values) best_.model.resize(static_cast<std::size_t>(n_));
   std::vector<double> row(static_cast<std::size_t>(nfit_));
   MarquardtState& state = core_.marquardt;
   const std::int32_t block = model_.BlockRows();
   const std::int32_t stride = state.block_stride;
-  for (std::int32_t first = 1; first <= n_; first += block) {
-    const std::int32_t rows = std::min(block, n_ - first + 1);
-    if (!model_.EvaluateRows(first, rows, ia_.data(), state.block_values.data(), state.block_derivatives.data(), stride,
-                             failure)) {
-      return false;
+  // Models that hand over fewer rows than a fold at once (one by one, say)
+  // fill a fold's rows before they are added, which spares the unchecked
+  // loop its start-up cost per row.
+  std::int32_t span = block;
+  double* row_values = state.block_values.data();
+  double* derivatives = state.block_derivatives.data();
+  if (block < RowFoldingQR::kFoldRows) {
+    span = RowFoldingQR::kFoldRows / block * block;
+    gathered_values_.resize(static_cast<std::size_t>(span));
+    gathered_derivatives_.resize(static_cast<std::size_t>(span) * static_cast<std::size_t>(stride));
+    row_values = gathered_values_.data();
+    derivatives = gathered_derivatives_.data();
+  }
+  for (std::int32_t first = 1; first <= n_; first += span) {
+    const std::int32_t rows = std::min(span, n_ - first + 1);
+    for (std::int32_t done = 0; done < rows; done += block) {
+      if (!model_.EvaluateRows(first + done, std::min(block, rows - done), ia_.data(), row_values + done,
+                               derivatives + static_cast<std::ptrdiff_t>(done) * stride, stride, failure)) {
+        return false;
+      }
     }
-    for (std::int32_t r = 0; r < rows; ++r) {
+    const auto at = static_cast<std::size_t>(first - 1);
+    if (with_values) std::copy_n(row_values, rows, best_.model.begin() + static_cast<std::ptrdiff_t>(at));
+    const std::int32_t added =
+        folding_.AddRowsUnchecked(rows, root_weights_.data() + at, derivatives, stride, fitted_.data(),
+                                  best_.model.data() + at, core_.y.data() + at + 1);
+    for (std::int32_t r = added; r < rows; ++r) {
       const auto i = static_cast<std::size_t>(first - 1 + r);
       const double w = root_weights_[i];
-      const double* const dyda = state.block_derivatives.data() + static_cast<std::ptrdiff_t>(r) * stride;
+      const double* const dyda = derivatives + static_cast<std::ptrdiff_t>(r) * stride;
       for (std::int32_t k = 0; k < nfit_; ++k) {
         row[static_cast<std::size_t>(k)] = Checked(w * dyda[fitted_[static_cast<std::size_t>(k)]]);
       }
@@ -264,11 +304,24 @@ TrustRegionOutcome TrustRegionRun::Run(Matrix1& covar) {
 
   best_.values = a_;
   RowFailure failure;
-  if (!ValuePass(best_.values, best_.model, best_.chisq, failure)) {
+  // The first point's values come with its derivatives, in one pass. Where
+  // that pass fails, the values are evaluated on their own first, so that a
+  // failure of the values is the one told, and at its observation.
+  bool first_pass = false;
+  try {
+    first_pass = DerivativePass(best_.values, failure, true);
+  } catch (const RuntimeFault&) {
+    first_pass = false;  // a step of the fold overflowed: told again below
+  }
+  if (first_pass) {
+    best_.chisq = UncheckedMerit(best_.model);
+    first_pass = std::isfinite(best_.chisq);
+  }
+  if (!first_pass && !ValuePass(best_.values, best_.model, best_.chisq, failure)) {
     core_.last_error = "Error evaluating the function at X = " + model_.PointText(failure.row) + std::string(kLineEnd);
     RaiseInternalFailure();
   }
-  if (!DerivativePass(best_.values, failure)) {
+  if (!first_pass && !DerivativePass(best_.values, failure)) {
     core_.last_error =
         "Error taking parameter derivatives at X = " + model_.PointText(failure.row) + std::string(kLineEnd);
     RaiseInternalFailure();
@@ -284,6 +337,10 @@ TrustRegionOutcome TrustRegionRun::Run(Matrix1& covar) {
   delta_ = xnorm_ != 0.0 ? Checked(kTrustInitialRadiusFactor * xnorm_) : kTrustInitialRadiusFactor;
 
   const double xtol = core_.regression_tolerance / 100.0;
+  // The merit is a sum over the observations, whose rounding moves it by
+  // about sqrt(n) units in its last place: an actual reduction below that
+  // cannot be seen. (The predicted reduction carries no such noise.)
+  const double merit_rounding = kEpsilon * std::max(1.0, std::sqrt(static_cast<double>(n_)));
   bool factored = true;        // the Jacobian of best_ is factored
   bool newly_factored = true;  // ... and its gradient not yet tested
   bool accepted_any = false;
@@ -406,9 +463,11 @@ TrustRegionOutcome TrustRegionRun::Run(Matrix1& covar) {
       model_.IterationComplete(out.iterations, best_.chisq, abort);
 
       // The tests in MINPACK's order. The merit's reductions are tested at
-      // the precision of a Double; RegressionTolerance bounds the relative
-      // change of the scaled parameters.
-      const bool settled_merit = evaluated && std::fabs(actred) <= kEpsilon && prered <= kEpsilon && 0.5 * ratio <= 1.0;
+      // the precision of a Double, the actual one allowing for the rounding
+      // of the merit's sum; RegressionTolerance bounds the relative change of
+      // the scaled parameters.
+      const bool settled_merit =
+          evaluated && std::fabs(actred) <= merit_rounding && prered <= kEpsilon && 0.5 * ratio <= 1.0;
       if (best_.chisq == 0.0 || settled_merit) {
         reason = tsxConvergedReduction;
       } else if (delta_ <= std::max(xtol, kEpsilon) * xnorm_) {

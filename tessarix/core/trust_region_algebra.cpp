@@ -4,7 +4,9 @@
 #include "tessarix/core/internal/trust_region_algebra.hpp"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 
 #include "tessarix/platform/checked.hpp"
@@ -250,6 +252,49 @@ void RowFoldingQR::AddRow(const double* row, double rhs) {
   }
   block_rhs_[static_cast<std::size_t>(pending_)] = rhs;
   if (++pending_ == kFoldRows) Fold();
+}
+
+std::int32_t RowFoldingQR::AddRowsUnchecked(std::int32_t rows, const double* weights, const double* derivatives,
+                                            std::int32_t stride, const std::int32_t* columns, const double* model,
+                                            const double* y) {
+  // Told from the bits, in sums of ORs that vectorise and raise no flag: an
+  // exponent of all ones (an infinity or a NaN) carries into the sign bit
+  // when 1 is added to it, and a value other than +-0 has a bit set besides
+  // its sign.
+  constexpr std::uint64_t kExponent = 0x7ff0000000000000ULL;
+  constexpr std::uint64_t kExponentOne = 0x0010000000000000ULL;
+  constexpr std::uint64_t kSign = 0x8000000000000000ULL;
+  std::uint64_t carries = 0;
+  // The rows go in by segments that fill the pending block, column by column.
+  for (std::int32_t first = 0; first < rows;) {
+    const std::int32_t count = std::min(rows - first, kFoldRows - pending_);
+    const double* const w = weights + first;
+    for (std::int32_t j = 0; j < n_; ++j) {
+      const double* const d = derivatives + static_cast<std::ptrdiff_t>(first) * stride + columns[j];
+      double* const slot = block_.data() + static_cast<std::ptrdiff_t>(j) * kFoldRows + pending_;
+      std::uint64_t bits = 0;
+      for (std::int32_t r = 0; r < count; ++r) {
+        const double value = w[r] * d[static_cast<std::ptrdiff_t>(r) * stride];
+        slot[r] = value;
+        const auto b = std::bit_cast<std::uint64_t>(value);
+        carries |= (b & kExponent) + kExponentOne;
+        bits |= b;
+      }
+      if ((bits & ~kSign) != 0) used_[static_cast<std::size_t>(j)] = 1;
+    }
+    for (std::int32_t r = 0; r < count; ++r) {
+      const double residual = model[first + r] - y[first + r];
+      const double rhs = w[r] * residual;
+      carries |= (std::bit_cast<std::uint64_t>(residual) & kExponent) + kExponentOne;
+      carries |= (std::bit_cast<std::uint64_t>(rhs) & kExponent) + kExponentOne;
+      block_rhs_[static_cast<std::size_t>(pending_ + r)] = rhs;
+    }
+    if ((carries & kSign) != 0) return first;  // these rows go again through AddRow
+    pending_ += count;
+    first += count;
+    if (pending_ == kFoldRows) Fold();
+  }
+  return rows;
 }
 
 void RowFoldingQR::Finish() {

@@ -17,7 +17,9 @@ struct PredefinedModelInfo {
   std::string Definition;
   // Empty for the models that have none.
   std::string Description;
-  // The parameters of the model (a, b, c, ... in this order).
+  // The parameters of the model: a, b, c, ... in this order; past z (models
+  // of 26 variables and more) aa, bb, ..., which RegressionParameters()
+  // holds sorted as text (a, aa, b, bb, ...).
   std::int32_t NumParameters = 0;
   // The independent variables the model takes: x alone (1) for every model
   // of NonlinearRegression's catalogue; x1, x2, ... for a model of a

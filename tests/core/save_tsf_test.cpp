@@ -1,8 +1,10 @@
 // NonlinearRegression::SaveTSF: whole files against the golden files of
 // tests/resultfile/golden/, and the checks before the write.
+#include <fcntl.h>
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -114,6 +116,15 @@ TEST_F(SaveTsfTest, ChecksComeInTheirOrderAndLeaveTheFileAlone) {
 
   EXPECT_TSX_ERROR(reg.SaveTSF(Path("missing/file.tsf"), 8, 0), 10010, "Error writing to file");
   EXPECT_TSX_ERROR(reg.SaveTSF(dir_, 8, 0), 10010, "Error writing to file");
+
+  // A writable file in a read-only folder: the new file cannot be made
+  // beside it, and the old one is kept whole.
+  ScopedNoPermissionOverride as_a_user;
+  ASSERT_EQ(chmod(dir_.c_str(), 0555), 0);
+  if (faccessat(AT_FDCWD, dir_.c_str(), W_OK, AT_EACCESS) == 0) GTEST_SKIP() << "runs as superuser";
+  EXPECT_TSX_ERROR(reg.SaveTSF(Path("kept.tsf"), 8, 0), 10010, "Error writing to file");
+  EXPECT_EQ(ReadFile(Path("kept.tsf")), "old");
+  EXPECT_EQ(Entries(), std::set<std::string>{"kept.tsf"});
 }
 
 }  // namespace

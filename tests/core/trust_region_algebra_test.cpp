@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <vector>
 
@@ -171,6 +172,54 @@ TEST(InverseOfNormalMatrix, IsTheInverseInTheOriginalColumnOrder) {
       EXPECT_NEAR(sum / scale, i == j ? 1.0 : 0.0, 1e-9) << i << "," << j;
     }
   }
+}
+
+// The rows of blocks added without tests fold to the same bits as row by
+// row with them, across blocks that end anywhere in a fold; a block with a
+// step that is not finite is handed back from the fold where it starts.
+TEST(RowFoldingQR, UncheckedBlocksMatchTheCheckedRowsAndHandBackAFault) {
+  constexpr std::int32_t kStride = 4;  // derivatives of parameters 1..3 at 1..3, 0 unused
+  const std::int32_t columns[] = {1, 3};
+  const std::int32_t rows = 3 * RowFoldingQR::kFoldRows + 57;
+  std::vector<double> w(rows), d(static_cast<std::size_t>(rows) * kStride), model(rows), y(rows);
+  for (std::int32_t r = 0; r < rows; ++r) {
+    const double t = 0.01 * r;
+    const auto ur = static_cast<std::size_t>(r);
+    w[ur] = 1.0 + 0.5 * std::sin(t);
+    d[ur * kStride + 1] = std::exp(-t);
+    d[ur * kStride + 3] = t * std::cos(3.0 * t);
+    model[ur] = std::exp(-t) + 0.1 * t;
+    y[ur] = model[ur] + 0.01 * std::sin(100.0 * t);
+  }
+  RowFoldingQR checked, unchecked;
+  checked.Reset(2);
+  unchecked.Reset(2);
+  for (std::int32_t r = 0; r < rows; ++r) {
+    const auto ur = static_cast<std::size_t>(r);
+    const double row[] = {w[ur] * d[ur * kStride + 1], w[ur] * d[ur * kStride + 3]};
+    checked.AddRow(row, w[ur] * (model[ur] - y[ur]));
+  }
+  for (std::int32_t first = 0, size = 1; first < rows; first += size, size = size * 3 + 1) {
+    size = std::min(size, rows - first);
+    ASSERT_EQ(unchecked.AddRowsUnchecked(size, &w[first], &d[static_cast<std::size_t>(first) * kStride], kStride,
+                                         columns, &model[first], &y[first]),
+              size);
+  }
+  checked.Finish();
+  unchecked.Finish();
+  for (std::int32_t j = 0; j < 2; ++j) {
+    EXPECT_EQ(unchecked.Qtb()[static_cast<std::size_t>(j)], checked.Qtb()[static_cast<std::size_t>(j)]);
+    EXPECT_TRUE(unchecked.ColumnUsed(j));
+    for (std::int32_t i = 0; i <= j; ++i) EXPECT_EQ(unchecked.R0()(i, j), checked.R0()(i, j)) << i << "," << j;
+  }
+
+  // An overflowing product in the third fold: the first two are added.
+  w[2 * RowFoldingQR::kFoldRows + 5] = 1e308;
+  d[(2 * RowFoldingQR::kFoldRows + 5) * kStride + 3] = 10.0;
+  unchecked.Reset(2);
+  const std::int32_t added =
+      unchecked.AddRowsUnchecked(rows, w.data(), d.data(), kStride, columns, model.data(), y.data());
+  EXPECT_EQ(added, 2 * RowFoldingQR::kFoldRows);
 }
 
 TEST(EuclideanNorm, NeitherOverflowsNorUnderflows) {

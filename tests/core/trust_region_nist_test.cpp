@@ -3,8 +3,9 @@
 // derivatives, and Nelson (two predictors) as a text model of the
 // multi-variable class, each from both certified starts with the default
 // tolerances and MaxIterations 1000. The table shows the smallest log
-// relative error (digits in agreement) of the parameters and of their
-// standard errors, the residual sum's, and how each run ended.
+// relative error (digits in agreement) of the parameters, of their
+// standard errors, of the standard errors over the root of the residual sum,
+// the residual sum's, and how each run ended.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -30,20 +31,25 @@ bool FitAndScore(RegressionObject& reg, const std::function<void()>& fit, const 
   fit();
   const test::NistScore s = test::ScoreNistFit(reg, data);
   static const char* const kEnds[] = {"reduction", "step", "gradient", "limit", "stalled", "failed", "not run"};
-  std::printf("%-9s %5zu %7.1f %7.1f %7.1f %6d  %s\n", name.c_str(), start + 1, s.value_lre, s.sd_lre, s.rss_lre,
-              s.solved ? reg.NumIterations() : -1, kEnds[reg.ConvergenceReason()]);
+  std::printf("%-9s %5zu %7.1f %7.1f %7.1f %7.1f %6d  %s\n", name.c_str(), start + 1, s.value_lre, s.sd_lre,
+              s.unscaled_sd_lre, s.rss_lre, s.solved ? reg.NumIterations() : -1, kEnds[reg.ConvergenceReason()]);
   if (!s.solved || s.value_lre < 6.0) return false;
-  // Where the parameters are found, so are their standard errors; but
-  // Lanczos1's residuals (about 1e-13) lie at the rounding level of its
-  // observations held as doubles, which moves the residual sum, and with it
-  // every standard error, in the third digit.
-  EXPECT_GE(s.sd_lre, name == "Lanczos1" ? 2.5 : 4.0) << name << " start " << start + 1;
+  // Where the parameters are found, so are their standard errors, and the
+  // covariance from the triangular factor keeps its digits however badly the
+  // problem is conditioned. Lanczos1's residuals (about 1e-13) lie at the
+  // rounding level of its observations held as doubles: the exact least
+  // squares solution of those doubles has a residual sum 8.6e-4 below the
+  // certified one, and standard errors with 3.4 correct digits, all moved
+  // alike. No method can do better there on the residual sum; the covariance
+  // is held to the same 4 digits as everywhere.
+  EXPECT_GE(s.unscaled_sd_lre, 4.0) << name << " start " << start + 1;
+  EXPECT_GE(s.sd_lre, name == "Lanczos1" ? 3.0 : 4.0) << name << " start " << start + 1;
   EXPECT_NE(reg.ConvergenceReason(), tsxIterationLimit) << name << " start " << start + 1;
   return true;
 }
 
 TEST(TrustRegionNist, ReachesTheCertifiedValuesFromBothStarts) {
-  std::printf("%-9s %5s %7s %7s %7s %6s  %s\n", "problem", "start", "params", "se", "rss", "iter", "end");
+  std::printf("%-9s %5s %7s %7s %7s %7s %6s  %s\n", "problem", "start", "params", "se", "se/rss", "rss", "iter", "end");
   int found = 0, cases = 0;
   for (const test::NistTextModel& problem : test::kNistTextModels) {
     const test::NistProblem data = test::ReadNistProblem(problem.name);

@@ -307,6 +307,20 @@ TEST(TrustRegion, FailuresAreRejectedStepsAndSingularEndsAreSaid) {
       EXPECT_NEAR(reg.RegressionParameters()->Item("a")->Value(), 1.99348, 1e-5);
     }
   }
+  // At the start, derivatives failing at the first x and values at the last:
+  // the failure of the values is the one told.
+  NonlinearRegression both;
+  both.SetSolverMethod(tsxSolverTrustRegion);
+  test::DefineClosedForm(
+      both, {"a", "b"}, [](const Vec& p, double x) { return x == 4.0 ? NAN : p[0] * std::exp(p[1] * x); },
+      [](const Vec&, double, Vec&) {});
+  both.Events.DerivativeExternal = [](Vec&, double x, Vec& d, bool& ok) {
+    d.assign(2, 1.0);
+    ok = x != 0.5;
+  };
+  both.Fit(kX, kY);
+  EXPECT_EQ(both.LastSolveError(), "Error evaluating the function at X = 4\r\n");
+
   // A band of a without derivatives between the start and the solution.
   NonlinearRegression banded;
   banded.SetSolverMethod(tsxSolverTrustRegion);

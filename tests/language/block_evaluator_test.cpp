@@ -100,12 +100,11 @@ TEST(BlockEvaluator, CatalogueDefinitionsMatchPointByPoint) {
 TEST(BlockEvaluator, FaultsStopAtTheirRow) {
   // A division by zero at x = 3 (row 103 of a grid from -100), a square root
   // of a negative number from row 201, an integer conversion out of range,
-  // a logarithm of 0 in a sub-definition saved and read again.
+  // a logarithm of 0 in a sub-definition saved and read again, an overflow
+  // of exp from x = 89.
   const std::vector<std::pair<std::string, std::vector<std::string>>> cases = {
-      {"a/(x-3)", {}},
-      {"a*sqr(100-x)", {}},
-      {"a*((x+80)*1e8 mod 7)", {}},
-      {"a+F1*F1", {"ln(x-50)+x"}},
+      {"a/(x-3)", {}},      {"a*sqr(100-x)", {}}, {"a*((x+80)*1e8 mod 7)", {}}, {"a+F1*F1", {"ln(x-50)+x"}},
+      {"a*exp(x*8)+1", {}},
   };
   for (const auto& [y, subs] : cases) {
     LanguageModel single, blocks;
@@ -116,6 +115,20 @@ TEST(BlockEvaluator, FaultsStopAtTheirRow) {
     EXPECT_TRUE(ExpectSameRows(single, blocks, Grid(300, 1, -100.0, 1.0), 1, y)) << y;
     std::vector<double> got;
     EXPECT_LT(blocks.Block(Grid(300, 1, -100.0, 1.0), 1, got), 300) << y;
+  }
+  // A point that is not a number fails its row's first step with it, even
+  // where a comparison would hide it from the result.
+  for (const std::string y : {"(x*a>1)+a", "a*x+1"}) {
+    LanguageModel single, blocks;
+    single.Define(y);
+    blocks.Define(y);
+    single.SetParameters({2.0});
+    blocks.SetParameters({2.0});
+    std::vector<double> points = Grid(300, 1, -1.5, 0.01);
+    points[70] = std::nan("");
+    EXPECT_TRUE(ExpectSameRows(single, blocks, points, 1, y)) << y;
+    std::vector<double> got;
+    EXPECT_EQ(blocks.Block(points, 1, got), 70) << y;
   }
   // A saved value that may be read before its save (a stale one from an
   // earlier point) keeps the order of a pass point by point.

@@ -128,6 +128,67 @@ TEST(MultipleRegression, WeightedFitOfOneVariableIsTheSingleVariableFit) {
   EXPECT_EQ(r.ResultTables()->Item(3)->Name(), "Standard Deviation");
 }
 
+// A surface of two variables through the Variant events with the host's
+// derivatives, weighted: every
+// statistic follows from the observations, the deviations and the
+// predictions of the result table.
+TEST(MultipleRegression, WeightedSurfaceStatisticsFollowFromTheData) {
+  MultipleNonlinearRegression r;
+  std::int32_t widths = 0;
+  r.Events.EvaluateExternalAlt = [&](Variant& p, Variant& x, double& y, bool& ok) {
+    widths = x.UpperBound() + 1;
+    y = p.At(0).ToDouble() * std::exp(p.At(1).ToDouble() * x.At(0).ToDouble()) +
+        p.At(2).ToDouble() * x.At(1).ToDouble();
+    ok = true;
+  };
+  r.Events.DerivativeExternalAlt = [](Variant& p, Variant& x, Variant& d, bool& ok) {
+    const double e = std::exp(p.At(1).ToDouble() * x.At(0).ToDouble());
+    d.At(0) = e;
+    d.At(1) = p.At(0).ToDouble() * x.At(0).ToDouble() * e;
+    d.At(2) = x.At(1);
+    ok = x.UpperBound() == 1;
+  };
+  r.DefineExternalModelAlt(2, Variant::Array({Variant("a"), Variant("b"), Variant("c")}), true);
+  EXPECT_EQ(r.NumIndependentVariables(), 2);
+  const Matrix x = Points(30, 2, 1);
+  std::vector<double> y, sd;
+  for (std::int32_t i = 0; i < 30; ++i) {
+    y.push_back(2.0 * std::exp(0.3 * x(i, 0)) - 0.5 * x(i, 1) + 0.05 * std::sin(2.3 * i));
+    sd.push_back(0.02 + 0.01 * (i % 5));
+  }
+  r.FitWeighted(x, y, sd);
+  ASSERT_TRUE(r.IsSolved()) << r.SolutionLog();
+  EXPECT_EQ(widths, 2);
+  const auto tables = r.ResultTables();
+  ASSERT_EQ(tables->Count(), 6);
+  EXPECT_EQ(tables->Item(4)->RegressionKey(), "SD");
+  double mean_weight = 0.0;
+  for (double s : sd) mean_weight += 1.0 / (s * s) / 30.0;
+  double sse = 0.0, sse_norm = 0.0, residual_sum = 0.0, weighted_y = 0.0;
+  for (std::int32_t i = 0; i < 30; ++i) {
+    const double w = 1.0 / (sd[static_cast<std::size_t>(i)] * sd[static_cast<std::size_t>(i)]) / mean_weight;
+    const double e = y[static_cast<std::size_t>(i)] - tables->Item(5)->GetObservation(i);
+    EXPECT_DOUBLE_EQ(tables->Item(6)->GetObservation(i), e);
+    sse += e * e;
+    sse_norm += w * e * e;
+    residual_sum += e;
+    weighted_y += w * y[static_cast<std::size_t>(i)] / 30.0;
+  }
+  double sst = 0.0;
+  for (std::int32_t i = 0; i < 30; ++i) {
+    const double w = 1.0 / (sd[static_cast<std::size_t>(i)] * sd[static_cast<std::size_t>(i)]) / mean_weight;
+    sst += w * (y[static_cast<std::size_t>(i)] - weighted_y) * (y[static_cast<std::size_t>(i)] - weighted_y);
+  }
+  EXPECT_NEAR(r.SSE(), sse, 1e-10 * sse);
+  EXPECT_NEAR(r.SSENorm(), sse_norm, 1e-10 * sse_norm);
+  EXPECT_NEAR(r.SST(), sst, 1e-10 * sst);
+  EXPECT_NEAR(r.ResidualSum(), residual_sum, 1e-10);
+  EXPECT_NEAR(r.R2(), 1.0 - sse_norm / sst, 1e-12);
+  EXPECT_NEAR(r.StandardError(), std::sqrt(sse_norm / 27.0), 1e-10);
+  EXPECT_EQ(r.DOFRegression(), 2);
+  EXPECT_EQ(r.DOFTotal(), 29);
+}
+
 TEST(MultipleRegression, NoiseFreeSurfacesComeBackExactly) {
   for (const std::int32_t m : {2, 5}) {
     MultipleNonlinearRegression r;
@@ -158,6 +219,9 @@ TEST(MultipleRegression, QueriesRunAlongOneVariable) {
   EXPECT_NEAR(r.CalculateDerivative(point, 1), -3.0, 1e-8);
   EXPECT_TSX_ERROR(r.CalculateDerivative(point, 2), 10028, "Invalid argument");
   EXPECT_TSX_CODE(r.CalculateDerivative(std::vector<double>{}, 0), 10028);
+  EXPECT_NEAR(r.CalculateDerivativeAlt(Variant::Array({Variant(0.5), Variant("2")}), 1), -3.0, 1e-8);
+  EXPECT_TSX_CODE(r.CalculateDerivativeAlt(Variant(0.5), 0), 10042);
+  EXPECT_TSX_ERROR(r.CalculateDerivativeAlt(Variant::Array(std::vector<Variant>{}), 0), 10028, "Invalid argument");
   // y = 1 + 2*0.5 - 3*x2 = -1 at x2 = 1, along x2 with x1 held at 0.5.
   const std::vector<double> roots = r.CalculateRoots(-1.0, point, 1, -5.0, 5.0);
   ASSERT_EQ(roots.size(), 1U);

@@ -25,7 +25,8 @@ TEST_F(MultipleSaveTsfTest, WritesAWeightedUserModelWhateverTheLocale) {
   for (const auto& separators : {test::EnglishSeparators(), test::DecimalCommaSeparators()}) {
     test::ScopedSeparators scoped(separators);
     MultipleNonlinearRegression r;
-    r.DefineUserModel("a*x1+b*x2^2+0.5", tsxLocaleEnglish, "Plane with a bend");
+    // The quotes in the description stand in the file as they are, not doubled.
+    r.DefineUserModel("a*x1+b*x2^2+0.5", tsxLocaleEnglish, "Plane with a \"bend\"");
     r.FitWeighted(x, y, sd);
     ASSERT_TRUE(r.IsSolved()) << r.LastSolveError();
     r.SaveTSF(Path("multi.tsf"), 8, 0);

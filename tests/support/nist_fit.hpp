@@ -16,9 +16,12 @@ namespace tessarix::test {
 
 // The smallest log relative error of the parameters and of their standard
 // errors, and that of the residual sum of squares; all 0 when not solved.
+// unscaled_sd_lre is that of the standard errors over the root of the
+// residual sum (the roots of the covariance's diagonal, up to a constant):
+// the part of the standard errors that does not move with the residuals.
 struct NistScore {
   bool solved = false;
-  double value_lre = 0.0, sd_lre = 0.0, rss_lre = 0.0;
+  double value_lre = 0.0, sd_lre = 0.0, rss_lre = 0.0, unscaled_sd_lre = 0.0;
 };
 
 // The parameter names of the NIST files: b1, b2, ...
@@ -43,12 +46,15 @@ inline NistScore ScoreNistFit(const RegressionObject& reg, const NistProblem& da
   NistScore score;
   score.solved = reg.IsSolved();
   if (!score.solved) return score;
-  score.value_lre = score.sd_lre = 11.0;
+  score.value_lre = score.sd_lre = score.unscaled_sd_lre = 11.0;
   const auto params = reg.RegressionParameters();
+  const double root_sse = std::sqrt(reg.SSE()), certified_root = std::sqrt(data.certified_rss);
   for (std::size_t j = 0; j < data.certified.size(); ++j) {
     const auto p = params->Item(static_cast<std::int32_t>(j + 1));
     score.value_lre = std::min(score.value_lre, LogRelativeError(p->Value(), data.certified[j]));
     score.sd_lre = std::min(score.sd_lre, LogRelativeError(p->StandardError(), data.certified_sd[j]));
+    score.unscaled_sd_lre = std::min(
+        score.unscaled_sd_lre, LogRelativeError(p->StandardError() / root_sse, data.certified_sd[j] / certified_root));
   }
   score.rss_lre = LogRelativeError(reg.SSE(), data.certified_rss);
   return score;

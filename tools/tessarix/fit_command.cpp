@@ -186,12 +186,21 @@ FitPlotData FailedPlotData(const LoadedData& data, const std::string& model_text
   return plot;
 }
 
+// The arguments of `tessarix rank` on the columns of this fit.
+std::string RankArguments(const DataOptions& data) {
+  std::string arguments = data.path;
+  if (!data.x_column.empty()) arguments += " --x " + data.x_column;
+  if (!data.y_column.empty()) arguments += " --y " + data.y_column;
+  if (!data.sd_column.empty()) arguments += " --sd " + data.sd_column;
+  return arguments;
+}
+
 template <class Regression>
 [[noreturn]] void ReportFailure(Regression& regression, const FitOptions& options, const LoadedData& data,
                                 const ReportHeading& heading, const IterationTrace& trace, std::ostream& out) {
   std::vector<std::string> estimated;
   for (const auto& [name, value] : options.model.estimates) estimated.push_back(name);
-  const FailureSummary failure = SummariseFailure(regression, trace, estimated, data.rows, options.data.path);
+  const FailureSummary failure = SummariseFailure(regression, trace, estimated, data.rows, RankArguments(options.data));
   if (options.json) {
     out << FailedFitJson(failure, heading, options.level);
   } else {
@@ -305,7 +314,16 @@ int RunFit(const FitOptions& options, std::ostream& out) {
   const LoadedData data = LoadData(options.data);
   if (data.xs.size() > 1) {
     MultipleNonlinearRegression regression;
-    SetUpModel(regression, options.model);
+    SetUpModel(regression, options.model, data.xs.size());
+    // The library would ignore columns beyond the model's variables; here a
+    // column named and not used is a mistake in the command.
+    const auto variables = static_cast<std::size_t>(regression.NumIndependentVariables());
+    if (variables != data.xs.size()) {
+      const std::string read = variables == 1 ? "x1" : "x1 .. x" + std::to_string(variables);
+      throw ToolError("the model reads " + read + " but --x names " + std::to_string(data.xs.size()) +
+                          " columns: give one column per variable",
+                      kExitUsage);
+    }
     return FitAndReport(regression, options, data, out,
                         [&](const std::string& label) { return SurfacePlotData(regression, label); });
   }

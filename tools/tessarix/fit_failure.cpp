@@ -101,7 +101,7 @@ std::string Wrapped(const std::string& text, const std::string& first, const std
 }
 
 std::vector<std::string> Hints(const FailureSummary& s, const std::string& log, std::int32_t rows,
-                               const std::string& data_path) {
+                               const std::string& rank_arguments) {
   std::vector<std::string> hints;
   if (Contains(s.reason, "not enough data points")) {
     hints.push_back("the model has " + std::to_string(s.parameters.size()) + " parameters and the data " +
@@ -151,7 +151,7 @@ std::vector<std::string> Hints(const FailureSummary& s, const std::string& log, 
                   (all_default ? ")" : "") +
                   ": give starting values near the solution with --estimate NAME=VALUE, read for instance "
                   "from a plot of the data");
-  hints.push_back("'tessarix rank " + CleanText(data_path) +
+  hints.push_back("'tessarix rank " + CleanText(rank_arguments) +
                   "' fits every pre-defined model with its own starting values and lists the best: a close one "
                   "suggests both a model and starting values");
   return hints;
@@ -167,7 +167,7 @@ void IterationTrace::Record(std::int32_t iteration, double sse) {
 
 FailureSummary SummariseFailure(const RegressionObject& regression, const IterationTrace& trace,
                                 const std::vector<std::string>& estimated, std::int32_t rows,
-                                const std::string& data_path) {
+                                const std::string& rank_arguments) {
   FailureSummary s;
   s.reason = OneLine(regression.LastSolveError());
   const std::string log = regression.SolutionLog();
@@ -196,7 +196,7 @@ FailureSummary SummariseFailure(const RegressionObject& regression, const Iterat
     if (!it->empty()) tail.push_back(*it);
   }
   s.log_tail.assign(tail.rbegin(), tail.rend());
-  s.hints = Hints(s, log, rows, data_path);
+  s.hints = Hints(s, log, rows, rank_arguments);
   return s;
 }
 

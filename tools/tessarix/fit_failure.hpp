@@ -45,10 +45,11 @@ struct FailureSummary {
 
 // What the failed fit of `regression` tells. `estimated` names the
 // parameters given a start with --estimate; `rows` is the number of rows of
-// the data.
+// the data; `rank_arguments` what follows `tessarix rank` to rank the
+// catalogue on the same columns ("DATA", or "DATA --x A,B --y C").
 FailureSummary SummariseFailure(const RegressionObject& regression, const IterationTrace& trace,
                                 const std::vector<std::string>& estimated, std::int32_t rows,
-                                const std::string& data_path);
+                                const std::string& rank_arguments);
 
 // The failure report for the terminal.
 std::string FailureReport(const FailureSummary& summary, const ReportHeading& heading);

@@ -2,6 +2,7 @@
 
 #include <tessarix/core/error.hpp>
 #include <tessarix/core/regression_parameters.hpp>
+#include <tessarix/foundation/error_code.hpp>
 
 #include "text_format.hpp"
 #include "tool_error.hpp"
@@ -32,7 +33,7 @@ std::shared_ptr<RegressionParameter> Parameter(const RegressionObject& regressio
 
 }  // namespace
 
-void SetUpModel(RegressionObject& regression, const ModelOptions& options) {
+void SetUpModel(RegressionObject& regression, const ModelOptions& options, std::size_t x_columns) {
   try {
     if (options.id) {
       regression.DefineInternalModel(*options.id);
@@ -40,10 +41,23 @@ void SetUpModel(RegressionObject& regression, const ModelOptions& options) {
       regression.DefineUserModel(options.text, tsxLocaleEnglish);
     }
   } catch (const Error& e) {
+    // Each count of --x columns has a catalogue and a variable name of its own.
+    const std::string columns = std::to_string(x_columns);
     if (options.id) {
-      throw ToolError("model " + std::to_string(*options.id) + ": " + e.Description());
+      std::string hint;
+      if (e.HelpContext() == static_cast<std::int32_t>(ErrorCode::InvalidPredefinedModelId)) {
+        hint = x_columns == 1 ? " ('tessarix models' lists them)"
+                              : " ('tessarix models --variables " + columns + "' lists the models for " + columns +
+                                    " --x columns)";
+      }
+      throw ToolError("model " + std::to_string(*options.id) + ": " + e.Description() + hint);
     }
-    throw ToolError("the model '" + CleanText(options.text) + "' does not compile: " + e.Description());
+    std::string hint;
+    if (e.HelpContext() == static_cast<std::int32_t>(ErrorCode::ModelNoIndependentVariables)) {
+      hint = x_columns == 1 ? " (with one --x column the variable is x; x1, x2, ... need as many --x columns)"
+                            : " (with " + columns + " --x columns the variables are x1 .. x" + columns + ")";
+    }
+    throw ToolError("the model '" + CleanText(options.text) + "' does not compile: " + e.Description() + hint);
   }
   for (const auto& [name, value] : options.estimates) {
     Parameter(regression, name, "--estimate")->SetInitialEstimate(value);

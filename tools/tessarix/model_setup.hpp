@@ -3,6 +3,7 @@
 // the solver's settings.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -23,10 +24,11 @@ struct ModelOptions {
   SolverMethodEnum method = tsxSolverTrustRegion;
 };
 
-// Defines the model on `regression` and applies estimates and settings.
-// Throws ToolError with the library's message when the model does not
-// compile, and for a parameter name the model does not have.
-void SetUpModel(RegressionObject& regression, const ModelOptions& options);
+// Defines the model on `regression` (fitted on `x_columns` --x columns) and
+// applies estimates and settings. Throws ToolError with the library's
+// message, and a hint on the variables of the command, when the model does
+// not compile, and for a parameter name the model does not have.
+void SetUpModel(RegressionObject& regression, const ModelOptions& options, std::size_t x_columns = 1);
 
 // The model as a reader knows it: "y = a*exp(b*x)", or for a catalogue model
 // "y = a*exp(b*x)  (model 36, Exponential)".

@@ -22,10 +22,12 @@
 //     accepted point one pass for the derivatives, folded block by block into
 //     the triangular factor: the Jacobian is never held whole.
 //
-// The merit's reduction is tested at the precision of a Double rather than
-// at RegressionTolerance, which instead bounds the change of the parameters:
-// a reduction test at 1E-12 stops large-residual problems (NIST's ENSO) with
-// only five correct digits in their smallest parameters.
+// The merit's reduction is tested at the precision of a Double (the actual
+// reduction at that times the root of the number of observations, the
+// rounding of a sum over them) rather than at RegressionTolerance, which
+// instead bounds the change of the parameters: a reduction test at 1E-12
+// stops large-residual problems (NIST's ENSO) with only five correct digits
+// in their smallest parameters.
 #pragma once
 
 #include <cstdint>
@@ -38,11 +40,11 @@
 namespace tessarix::detail {
 
 // The tests that end the iteration, besides the merit reaching 0 and the
-// iteration limit: the actual and predicted relative reductions of the merit
-// at the precision of a Double (reduction); the trust radius below
-// RegressionTolerance percent of the scaled parameters (step); the largest
-// cosine between the residuals and a column of the Jacobian below this
-// (gradient).
+// iteration limit: the predicted relative reduction of the merit at the
+// precision of a Double and the actual one at that times sqrt(n)
+// (reduction); the trust radius below RegressionTolerance percent of the
+// scaled parameters (step); the largest cosine between the residuals and a
+// column of the Jacobian below this (gradient).
 inline constexpr double kTrustGradientTolerance = 1e-14;
 // The first radius: this multiple of the scaled initial parameters (or of 1
 // when they are all 0).

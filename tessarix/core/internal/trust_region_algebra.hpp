@@ -76,6 +76,16 @@ class RowFoldingQR {
   // The next row: its n elements and its right-hand side. Raises a
   // RuntimeFault when the factor overflows.
   void AddRow(const double* row, double rhs);
+  // The rows of a block added as AddRow would add them, without a test per
+  // step: row r is weights[r] * derivatives[r * stride + columns[j]] for
+  // j = 0..n-1, its right-hand side weights[r] * (model[r] - y[r]). Whether
+  // every product is finite is looked at once before each fold and at the
+  // end. Returns how many rows were added: all of them, or fewer when a step
+  // gave a value that is not finite, and then the rows from there on are
+  // not added, so that AddRow, with its tests, adds them again and raises
+  // the fault at its step.
+  std::int32_t AddRowsUnchecked(std::int32_t rows, const double* weights, const double* derivatives,
+                                std::int32_t stride, const std::int32_t* columns, const double* model, const double* y);
   // Folds the rows still pending; afterwards R0() and Qtb() are complete.
   void Finish();
 

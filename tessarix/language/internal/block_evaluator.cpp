@@ -10,6 +10,7 @@
 #include "tessarix/language/internal/evaluator_steps.hpp"
 #include "tessarix/language/internal/vector_math.hpp"
 #include "tessarix/numerics/power.hpp"
+#include "tessarix/platform/float_flags.hpp"
 #include "tessarix/platform/rounding.hpp"
 
 namespace tessarix::detail {
@@ -97,25 +98,26 @@ struct Lanes {
   // Three rows per open conditional: the condition, the checks before it,
   // the checks after its true branch.
   double* branches;
+  std::int32_t levels;  // the conditionals the branch rows hold, at most kMaxNesting
   double* Row(std::int32_t k) const { return stack + static_cast<std::size_t>(k) * kRow; }
 };
 
 using block_steps::Map;
 using block_steps::Zip;
-template <typename F>
+template <bool kCheck, typename F>
 inline void WithValue(double* a, double b, double* check, F f) {
   for (std::int32_t i = 0; i < kLanes; ++i) {
     const double r = f(a[i], b);
     a[i] = r;
-    check[i] += r * 0.0;
+    if constexpr (kCheck) check[i] += r * 0.0;
   }
 }
-template <typename F>
+template <bool kCheck, typename F>
 inline void WithColumn(double* a, const double* points, std::int32_t width, std::int32_t column, double* check, F f) {
   for (std::int32_t i = 0; i < kLanes; ++i) {
     const double r = f(a[i], points[static_cast<std::ptrdiff_t>(i) * width + column]);
     a[i] = r;
-    check[i] += r * 0.0;
+    if constexpr (kCheck) check[i] += r * 0.0;
   }
 }
 // The vector form of exp, ln, sin or cos on a row, checked like Map; ln
@@ -141,9 +143,15 @@ inline void Column(double* row, const double* points, std::int32_t width, std::i
 // One block of exactly kLanes points. False when a check failed in some lane
 // (or a routine faulted): the caller then replays the block point by point.
 // The lanes of an operation compute exactly the expressions of the evaluator
-// point by point, so each lane's bits are those of that evaluator.
-bool RunBlock(const ModelProgram& program, const Lanes& lanes, const double* parameters, const double* points,
-              std::int32_t width, const DataStatistics& stats, bool vector_math) {
+// point by point, so each lane's bits are those of that evaluator. kCheck
+// false: the pass of a program without conditionals whose scalar operands
+// are finite, under a FlagWatch; the steps that can fail without raising a
+// flag (the routines of function words and powers, the integer operators)
+// keep their checks, the others are left to the flags.
+template <bool kCheck>
+[[gnu::noinline]] bool RunBlock(const ModelProgram& program, const Lanes& lanes, const double* parameters,
+                                const double* points, std::int32_t width, const DataStatistics& stats, bool vector_math,
+                                bool checks = true) {
   // The open conditionals: depth, and the "endif" record of each.
   std::int32_t depth = 0;
   std::int32_t endif_at[kMaxNesting];
@@ -154,7 +162,7 @@ bool RunBlock(const ModelProgram& program, const Lanes& lanes, const double* par
   const Instruction* code = program.code.data();
   const std::int32_t length = program.code_length;
   double* check = lanes.check;
-  Fill(check, 0.0);
+  if (kCheck || checks) Fill(check, 0.0);
   std::int32_t sp = -1;
   std::int32_t pc = 1;
   while (pc <= length) {
@@ -180,7 +188,7 @@ bool RunBlock(const ModelProgram& program, const Lanes& lanes, const double* par
       case Instr::Skip:
         break;
       case Instr::If: {
-        if (top == nullptr || depth >= kMaxNesting) return false;
+        if (top == nullptr || depth >= lanes.levels) return false;
         double* condition = branch_row(depth, 0);
         double* before = branch_row(depth, 1);
         for (std::int32_t i = 0; i < kLanes; ++i) {
@@ -210,11 +218,30 @@ bool RunBlock(const ModelProgram& program, const Lanes& lanes, const double* par
         Column(lanes.Row(++sp), points, width, in.a);
         break;
       case Instr::Constant:
-        Fill(lanes.Row(++sp), in.value);
+      case Instr::Parameter: {
+        const double value = in.op == Instr::Constant ? in.value : parameters[in.a];
+        double* row = lanes.Row(++sp);
+        // A push followed by a step with x ("b*x"): the step on the value
+        // itself, without a row of copies of it.
+        const Instr next = pc < length ? code[pc + 1].op : Instr::Skip;
+        if (next >= Instr::AddX && next <= Instr::DivideX && (depth == 0 || endif_at[depth - 1] != pc + 1)) {
+          const auto apply = [&](auto f) {
+            for (std::int32_t i = 0; i < kLanes; ++i) {
+              const double r = f(value, points[static_cast<std::ptrdiff_t>(i) * width]);
+              row[i] = r;
+              if constexpr (kCheck) check[i] += r * 0.0;
+            }
+          };
+          if (next == Instr::AddX) apply([](double a, double b) { return a + b; });
+          if (next == Instr::SubtractX) apply([](double a, double b) { return a - b; });
+          if (next == Instr::MultiplyX) apply([](double a, double b) { return a * b; });
+          if (next == Instr::DivideX) apply([](double a, double b) { return kCheck ? Quotient(a, b) : a / b; });
+          pc += 3;
+          continue;
+        }
+        Fill(row, value);
         break;
-      case Instr::Parameter:
-        Fill(lanes.Row(++sp), parameters[in.a]);
-        break;
+      }
       case Instr::DataWord:
         Fill(lanes.Row(++sp), stats.Lookup(static_cast<DataWord>(in.a), in.b));
         break;
@@ -255,19 +282,28 @@ bool RunBlock(const ModelProgram& program, const Lanes& lanes, const double* par
         }
         switch (in.op) {
           case Instr::Exp:
-            Map(top, check, [](double v) { return std::exp(v); });
+            Map<kCheck>(top, check, [](double v) { return std::exp(v); });
             break;
           case Instr::Ln:
-            Map(top, check, [](double v) { return v > 0.0 ? std::log(v) : kFailed; });
+            // Outside the domain the routine raises a flag.
+            if constexpr (kCheck) {
+              Map(top, check, [](double v) { return v > 0.0 ? std::log(v) : kFailed; });
+            } else {
+              Map<false>(top, check, [](double v) { return std::log(v); });
+            }
             break;
           case Instr::Sqrt:
-            Map(top, check, [](double v) { return v >= 0.0 ? std::sqrt(v) : kFailed; });
+            if constexpr (kCheck) {
+              Map(top, check, [](double v) { return v >= 0.0 ? std::sqrt(v) : kFailed; });
+            } else {
+              Map<false>(top, check, [](double v) { return std::sqrt(v); });
+            }
             break;
           case Instr::Sin:
-            Map(top, check, [](double v) { return std::sin(v); });
+            Map<kCheck>(top, check, [](double v) { return std::sin(v); });
             break;
           case Instr::Cos:
-            Map(top, check, [](double v) { return std::cos(v); });
+            Map<kCheck>(top, check, [](double v) { return std::cos(v); });
             break;
           default: {
             const Function1 f = in.f1;
@@ -307,15 +343,16 @@ bool RunBlock(const ModelProgram& program, const Lanes& lanes, const double* par
         const std::int32_t source = (op - static_cast<std::int32_t>(Instr::AddX)) / 4;
         const auto apply = [&](auto f) {
           if (source == 0) {
-            WithColumn(top, points, width, 0, check, f);
+            WithColumn<kCheck>(top, points, width, 0, check, f);
           } else {
-            WithValue(top, source == 1 ? parameters[in.a] : in.value, check, f);
+            WithValue<kCheck>(top, source == 1 ? parameters[in.a] : in.value, check, f);
           }
         };
         if (form == 0) apply([](double a, double b) { return a + b; });
         if (form == 1) apply([](double a, double b) { return a - b; });
         if (form == 2) apply([](double a, double b) { return a * b; });
-        if (form == 3) apply([](double a, double b) { return Quotient(a, b); });
+        // A division by zero raises a flag.
+        if (form == 3) apply([](double a, double b) { return kCheck ? Quotient(a, b) : a / b; });
         pc += 2;
         continue;
       }
@@ -327,16 +364,16 @@ bool RunBlock(const ModelProgram& program, const Lanes& lanes, const double* par
         const double* b = lanes.Row(sp + 1);
         switch (in.op) {
           case Instr::Add:
-            Zip(a, b, check, [](double u, double v) { return u + v; });
+            Zip<kCheck>(a, b, check, [](double u, double v) { return u + v; });
             break;
           case Instr::Subtract:
-            Zip(a, b, check, [](double u, double v) { return u - v; });
+            Zip<kCheck>(a, b, check, [](double u, double v) { return u - v; });
             break;
           case Instr::Multiply:
-            Zip(a, b, check, [](double u, double v) { return u * v; });
+            Zip<kCheck>(a, b, check, [](double u, double v) { return u * v; });
             break;
           case Instr::Divide:
-            Zip(a, b, check, [](double u, double v) { return Quotient(u, v); });
+            Zip<kCheck>(a, b, check, [](double u, double v) { return kCheck ? Quotient(u, v) : u / v; });
             break;
           case Instr::Call2: {
             const Function2 f = in.f2;
@@ -363,9 +400,7 @@ bool RunBlock(const ModelProgram& program, const Lanes& lanes, const double* par
     double* first = lanes.Row(0);
     for (std::int32_t i = 0; i < kLanes; ++i) first[i] = result[i];
   }
-  double total = 0.0;
-  for (std::int32_t i = 0; i < kLanes; ++i) total += check[i];
-  return total == 0.0;
+  return (!kCheck && !checks) || block_steps::AllZero(check);
 }
 
 // Rows first..first+count-1 point by point; the number done before a failure.
@@ -390,37 +425,82 @@ std::int32_t EvaluateProgramBlock(const ModelProgram& program, const BlockPlan& 
   if (!plan.usable || width < program.point_size || width < 1) {
     return ReplayRows(program, scratch, parameters, points, width, count, stats, y);
   }
+  // Rows for the saved values and the conditionals only where the program
+  // has them, so that the work space of most programs stays small (nesting
+  // never exceeds the count of conditionals).
+  const std::size_t cells = program.stack_cells + 1;
+  const std::size_t saved_rows = plan.saves == std::array<bool, 10>{} ? 0 : kSavedRows;
+  const std::int32_t levels = plan.conditionals < kMaxNesting ? plan.conditionals : kMaxNesting;
+  const std::size_t branch_rows = 3 * static_cast<std::size_t>(levels);
   try {
-    const std::size_t cells = program.stack_cells + 1;
-    const std::size_t needed = (cells + kSavedRows + 1 + 3 * static_cast<std::size_t>(kMaxNesting)) * kRow +
-                               static_cast<std::size_t>(kLanes * width);
+    const std::size_t needed = (cells + saved_rows + 1 + branch_rows) * kRow +
+                               static_cast<std::size_t>(kLanes) * static_cast<std::size_t>(width);
     if (scratch.block.size() < needed) scratch.block.assign(needed, 0.0);
   } catch (...) {
     return ReplayRows(program, scratch, parameters, points, width, count, stats, y);
   }
-  const std::size_t cells = program.stack_cells + 1;
+  // Conditionals run both branches on every lane: a flag of the branch not
+  // taken would send every such block through both passes.
+  bool watch = plan.conditionals == 0 && FlagsCanBeWatched();
+  try {
+    watch = watch && block_steps::ScalarsFinite(program, parameters, stats) &&
+            block_steps::AllFinite(points, static_cast<std::size_t>(count) * static_cast<std::size_t>(width));
+  } catch (...) {
+    watch = false;  // a statistic that faults: the checked pass meets it
+  }
   const Lanes lanes{scratch.block.data(), scratch.block.data() + cells * kRow,
-                    scratch.block.data() + (cells + kSavedRows) * kRow,
-                    scratch.block.data() + (cells + kSavedRows + 1) * kRow};
-  // The short last block runs on copies of its points, padded with its last
-  // point so that every lane computes something it would compute anyway.
-  double* padded = scratch.block.data() + (cells + kSavedRows + 1 + 3 * static_cast<std::size_t>(kMaxNesting)) * kRow;
+                    scratch.block.data() + (cells + saved_rows) * kRow,
+                    scratch.block.data() + (cells + saved_rows + 1) * kRow, levels};
+  double* padded = scratch.block.data() + (cells + saved_rows + 1 + branch_rows) * kRow;
+  // The points of the block at `first`, n of them: the short last block runs
+  // on copies of its points, padded with its last point so that every lane
+  // computes something it would compute anyway.
+  const auto block_at = [&](std::int32_t first, std::int32_t n) {
+    const double* block_points = points + static_cast<std::ptrdiff_t>(first) * width;
+    if (n == kLanes) return block_points;
+    for (std::int32_t i = 0; i < kLanes; ++i) {
+      const std::int32_t source = i < n ? i : n - 1;
+      for (std::int32_t j = 0; j < width; ++j) {
+        padded[static_cast<std::ptrdiff_t>(i) * width + j] =
+            block_points[static_cast<std::ptrdiff_t>(source) * width + j];
+      }
+    }
+    return static_cast<const double*>(padded);
+  };
+  const auto keep = [&](std::int32_t first, std::int32_t n) {
+    const double* result = lanes.Row(0);
+    for (std::int32_t i = 0; i < n; ++i) y[first + i] = result[i];
+    for (std::size_t k = 0; k < kSavedRows; ++k) {
+      if (plan.saves[k]) scratch.saved[k] = lanes.saved[k * kRow + static_cast<std::size_t>(n - 1)];
+    }
+  };
+  const bool checks = block_steps::WatchedPassChecks(program, vector_math);
+  if (watch) {
+    // All the blocks under one watch (looking at the flags costs as much as
+    // a short block); a raised flag, which may come from a step whose lane
+    // is discarded (a conversion of a flat operand), sends the whole call
+    // through the checked passes.
+    bool ok = true;
+    {
+      const FlagWatch flags;
+      try {
+        for (std::int32_t first = 0; ok && first < count; first += kLanes) {
+          const std::int32_t n = count - first < kLanes ? count - first : kLanes;
+          ok = RunBlock<false>(program, lanes, parameters, block_at(first, n), width, stats, vector_math, checks);
+          if (ok) keep(first, n);
+        }
+      } catch (...) {
+        ok = false;
+      }
+      ok = ok && flags.Clean();
+    }
+    if (ok) return count;
+  }
   for (std::int32_t first = 0; first < count; first += kLanes) {
     const std::int32_t n = count - first < kLanes ? count - first : kLanes;
-    const double* block_points = points + static_cast<std::ptrdiff_t>(first) * width;
-    if (n < kLanes) {
-      for (std::int32_t i = 0; i < kLanes; ++i) {
-        const std::int32_t source = i < n ? i : n - 1;
-        for (std::int32_t j = 0; j < width; ++j) {
-          padded[static_cast<std::ptrdiff_t>(i) * width + j] =
-              block_points[static_cast<std::ptrdiff_t>(source) * width + j];
-        }
-      }
-      block_points = padded;
-    }
     bool ok = false;
     try {
-      ok = RunBlock(program, lanes, parameters, block_points, width, stats, vector_math);
+      ok = RunBlock<true>(program, lanes, parameters, block_at(first, n), width, stats, vector_math);
     } catch (...) {
       ok = false;
     }
@@ -431,11 +511,7 @@ std::int32_t EvaluateProgramBlock(const ModelProgram& program, const BlockPlan& 
       if (done < n) return first + done;
       continue;
     }
-    const double* result = lanes.Row(0);
-    for (std::int32_t i = 0; i < n; ++i) y[first + i] = result[i];
-    for (std::size_t k = 0; k < kSavedRows; ++k) {
-      if (plan.saves[k]) scratch.saved[k] = lanes.saved[k * kRow + static_cast<std::size_t>(n - 1)];
-    }
+    keep(first, n);
   }
   return count;
 }

@@ -26,9 +26,10 @@ struct DerivativePlan {
 // Work space of the forward pass, kept between calls.
 struct DerivativeScratch {
   std::vector<double> rows;
-  std::vector<std::uint8_t> depends;  // per stack cell and saved value: any partial not 0
-  std::vector<std::int32_t> slot;     // parameter index -> partial row, -1 for a fixed one
-  Matrix1 table;                      // the numerical derivative of one word
+  std::vector<std::uint8_t> depends;   // per stack cell and saved value: any partial not 0, then which
+  std::vector<std::int32_t> slot;      // parameter index -> partial row, -1 for a fixed one
+  std::vector<const double*> columns;  // parameter index -> the row its derivatives are stored from
+  Matrix1 table;                       // the numerical derivative of one word
 };
 
 // Where a pass stopped: the row, and whether its value or its derivatives
@@ -46,7 +47,11 @@ struct DerivativeStop {
 // point finds (same row, same saved values), and a row whose value succeeds
 // but whose derivatives are not all finite fails in its derivatives. Never
 // throws. `vector_math`: exp, ln, sin and cos of full blocks by the vector
-// routines, as in EvaluateProgramBlock.
+// routines, as in EvaluateProgramBlock. A block runs under the
+// floating-point flags first where EvaluateProgramBlock's would (the
+// factors of function words checked too), and checked after a raised flag.
+// The partials that are 0 by the program's shape (a parameter that an
+// operand does not move with) are written as +0.
 [[nodiscard]] bool EvaluateProgramDerivatives(const ModelProgram& program, const BlockPlan& plan,
                                               const DerivativePlan& rules, EvaluationScratch& scratch,
                                               DerivativeScratch& work, const double* parameters, const std::int32_t* ia,

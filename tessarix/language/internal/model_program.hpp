@@ -208,6 +208,6 @@ struct EvaluationScratch {
 };
 
 // Points the block evaluator runs at once.
-inline constexpr std::int32_t kBlockLanes = 64;
+inline constexpr std::int32_t kBlockLanes = 256;
 
 }  // namespace tessarix::detail

@@ -78,6 +78,7 @@ TEST(CommandLine, ErrorsGiveTheirMessageAndStatus) {
   ExpectError({"fit", misra, "--model", "a*b"}, 1,
               "Model definition error, no independent variables detected in model");
   ExpectError({"fit", misra, "--model-id", "299"}, 1, "model 299: Invalid ID for pre-defined model");
+  ExpectError({"fit", misra, "--model", "a*x1"}, 1, "(with one --x column the variable is x; x1, x2, ...");
 
   // A fit that fails reports LastSolveError.
   const std::string two_rows = ScratchPath("two_rows.csv");
@@ -183,6 +184,19 @@ TEST(ModelsCommand, ListsTheModelsOfSeveralVariablesAndRanksThem) {
   ASSERT_TRUE(fields >> rank >> id >> adjusted) << line;
   EXPECT_EQ(id, 1001);
   EXPECT_NEAR(adjusted, 1.0, 1e-12);
+
+  // The report names the model by its number beyond the gap of the IDs; a
+  // model that reads fewer variables than --x names is refused.
+  const auto fit = RunTool({"fit", path, "--x", "p,q,r", "--y", "s", "--model-id", "1001"});
+  ASSERT_EQ(fit.status, 0) << fit.err;
+  EXPECT_NE(fit.out.find("y = a*x1+b*x2+c*x3+d  (model 1001, 4 Parameter Polynomial)"), std::string::npos) << fit.out;
+  const auto fewer = RunTool({"fit", path, "--x", "p,q,r", "--y", "s", "--model", "a+b*x1+c*x2"});
+  EXPECT_EQ(fewer.status, 2);
+  EXPECT_NE(fewer.err.find("the model reads x1 .. x2 but --x names 3 columns"), std::string::npos) << fewer.err;
+  const auto unknown = RunTool({"fit", path, "--x", "p,q", "--y", "s", "--model-id", "250"});
+  EXPECT_NE(unknown.err.find("model 250: Invalid ID for pre-defined model ('tessarix models --variables 2' lists"),
+            std::string::npos)
+      << unknown.err;
 }
 
 }  // namespace

@@ -170,6 +170,11 @@ TEST(FitFailure, HintsFollowTheWayTheRunEnded) {
   ASSERT_TRUE(doc.ok) << doc.error;
   EXPECT_TRUE(Has(doc.value["failure"]["hints"][0].string, "(a singular matrix)"));
   EXPECT_EQ(doc.value["failure"]["parameters"][1]["reached"].number, 1.0);
+  // Ranking the catalogue on the same columns takes the same options.
+  std::string hints;
+  for (const auto& hint : doc.value["failure"]["hints"].array) hints += hint.string + "\n";
+  EXPECT_TRUE(Has(hints, "'tessarix rank " + ExamplePath("nelson.csv") + " --x time,temperature --y log_breakdown'"))
+      << hints;
 }
 
 // The curve of the parameters a failed fit reached, where the model has values.
