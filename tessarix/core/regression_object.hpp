@@ -205,7 +205,10 @@ class TESSARIX_API RegressionObject {
   std::int32_t Threads() const;
   void SetThreads(std::int32_t value);
   // Whether the host's per-point events of an external model may be called
-  // from several threads at once (default false). The setter raises 10033
+  // from several threads at once (default false). With more than one thread
+  // an event may also be called again for rows a late helper had already
+  // begun (the calling thread takes them over rather than wait), so the
+  // events must depend on their arguments alone. The setter raises 10033
   // when locked.
   bool ThreadSafeEvents() const;
   void SetThreadSafeEvents(bool value);
