@@ -54,6 +54,7 @@ class TextKind final : public PointModel {
       return PointModel::EvaluateRows(points, first, count, parameters, ia, parameter_count, values, derivatives,
                                       stride, failure);
     }
+    values = ValueScratch(values, count);
     if (ia != nullptr && Exact()) {
       std::int32_t failed_row = 0;
       bool in_derivatives = false;
@@ -115,6 +116,9 @@ class PredefinedKind final : public PointModel {
   bool EvaluateRows(const PointTable& points, std::int32_t first, std::int32_t count, double* parameters,
                     const std::int32_t* ia, std::int32_t parameter_count, double* values, double* derivatives,
                     std::int32_t stride, RowFailure& failure) override {
+    // The formulas' derivatives reuse most of the value's work: the values
+    // come along even when not asked for.
+    values = ValueScratch(values, count);
     if (EvaluatePredefinedBlock(code_, parameters, points.Row(first).data(), count, values,
                                 ia != nullptr ? derivatives : nullptr, stride)) {
       return true;
@@ -153,6 +157,7 @@ class MultiplePredefinedKind final : public PointModel {
   bool EvaluateRows(const PointTable& points, std::int32_t first, std::int32_t count, double* parameters,
                     const std::int32_t* ia, std::int32_t parameter_count, double* values, double* derivatives,
                     std::int32_t stride, RowFailure& failure) override {
+    values = ValueScratch(values, count);
     if (EvaluateMultiplePredefinedBlock(code_, parameters, points.Row(first).data(), points.Width(), count, values,
                                         ia != nullptr ? derivatives : nullptr, stride)) {
       return true;

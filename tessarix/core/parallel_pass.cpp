@@ -68,12 +68,13 @@ void ParallelPass::Publish(const double* parameters) {
 }
 
 void ParallelPass::Begin(const PointTable& points, std::int32_t n, const double* parameters, const std::int32_t* ia,
-                         std::int32_t stride) {
+                         std::int32_t stride, bool with_values) {
   End();
   plan_.points = &points;
   plan_.n = n;
   plan_.ia = ia;
   plan_.stride = ia != nullptr ? stride : 0;
+  plan_.with_values = with_values || ia == nullptr;
   const std::int64_t blocks = (static_cast<std::int64_t>(n) + block_rows_ - 1) / block_rows_;
   plan_.jobs = static_cast<std::int32_t>((blocks + job_blocks_ - 1) / job_blocks_);
   ++plan_.generation;
@@ -102,8 +103,10 @@ void ParallelPass::Begin(const PointTable& points, std::int32_t n, const double*
   Publish(parameters);
 }
 
-bool ParallelPass::IsNext(std::int32_t first, std::int32_t count, const std::int32_t* ia, std::int32_t stride) const {
+bool ParallelPass::IsNext(std::int32_t first, std::int32_t count, const std::int32_t* ia, std::int32_t stride,
+                          bool with_values) const {
   if (!running_ || ia != plan_.ia || (ia != nullptr && stride != plan_.stride)) return false;
+  if ((with_values || ia == nullptr) != plan_.with_values) return false;
   const std::int64_t expected = 1 + static_cast<std::int64_t>(next_block_) * block_rows_;
   return first == expected && count == std::min<std::int64_t>(block_rows_, plan_.n - expected + 1);
 }
@@ -176,7 +179,9 @@ bool ParallelPass::Take(PointModel& own, double* parameters, std::int32_t first,
     if (result.outcome != Outcome::kSkipped) {
       if (result.outcome == Outcome::kThrew) std::rethrow_exception(result.error);
       const std::size_t row = at * static_cast<std::size_t>(block_rows_);
-      std::memcpy(values, slot.values.data() + row, static_cast<std::size_t>(count) * sizeof(double));
+      if (plan_.with_values) {
+        std::memcpy(values, slot.values.data() + row, static_cast<std::size_t>(count) * sizeof(double));
+      }
       if (plan_.ia != nullptr) {
         const auto stride = static_cast<std::size_t>(plan_.stride);
         std::memcpy(derivatives, slot.derivatives.data() + row * stride,
@@ -240,7 +245,7 @@ void ParallelPass::Evaluate(const Plan& plan, std::int32_t job, PointModel& mode
     try {
       const bool ok = model.EvaluateRows(
           *plan.points, static_cast<std::int32_t>(first), count, parameters, plan.ia, parameter_count_,
-          slot.values.data() + row,
+          plan.with_values ? slot.values.data() + row : nullptr,
           plan.ia != nullptr ? slot.derivatives.data() + row * static_cast<std::size_t>(plan.stride) : nullptr,
           plan.stride, result.failure);
       result.outcome = ok ? Outcome::kDone : Outcome::kFailed;

@@ -62,9 +62,16 @@ bool PointModel::NumericalDerivatives(std::span<const double> point, double* par
   return true;
 }
 
+double* PointModel::ValueScratch(double* values, std::int32_t count) {
+  if (values != nullptr) return values;
+  if (value_scratch_.size() < static_cast<std::size_t>(count)) value_scratch_.resize(static_cast<std::size_t>(count));
+  return value_scratch_.data();
+}
+
 bool PointModel::EvaluateRows(const PointTable& points, std::int32_t first, std::int32_t count, double* parameters,
                               const std::int32_t* ia, std::int32_t parameter_count, double* values, double* derivatives,
                               std::int32_t stride, RowFailure& failure) {
+  values = ValueScratch(values, count);
   for (std::int32_t r = 0; r < count; ++r) {
     const std::span<const double> point = points.Row(first + r);
     if (!Value(point, parameters, values[r])) {

@@ -203,8 +203,9 @@ bool RegressionEngine::EvaluateRowsInParallel(std::int32_t first, std::int32_t c
                                               double* values, double* derivatives, std::int32_t stride,
                                               RowFailure& failure) {
   double* const parameters = core.parameter_values.data();
-  if (first == 1) pass_->Begin(points, points.Count(), parameters, ia, stride);
-  if (!pass_->IsNext(first, count, ia, stride)) {
+  const bool with_values = values != nullptr;
+  if (first == 1) pass_->Begin(points, points.Count(), parameters, ia, stride, with_values);
+  if (!pass_->IsNext(first, count, ia, stride, with_values)) {
     return kind->EvaluateRows(points, first, count, parameters, ia, core.parameter_count, values, derivatives, stride,
                               failure);
   }

@@ -155,7 +155,10 @@ bool TrustRegionRun::ValuePass(const Vector1& values, std::vector<double>& model
 // triangular factor together with the weighted residuals there. The rows go
 // in without a test per step; a block where a step fails is added again
 // from there through the checked loop, which raises the fault at its step.
-// With `with_values` the model's values there become best_.model first.
+// With `with_values` the model's values there become best_.model first;
+// without, best_.model holds them already (from the trial evaluation that
+// accepted the point, at the same parameters, so to the same bits) and the
+// model is asked for its derivatives only.
 bool TrustRegionRun::DerivativePass(const Vector1& values, RowFailure& failure, bool with_values) {
   for (std::int32_t l = 1; l <= count_; ++l) {
     core_.parameter_values[static_cast<std::size_t>(l)] = values[static_cast<std::size_t>(l)];
@@ -183,7 +186,8 @@ bool TrustRegionRun::DerivativePass(const Vector1& values, RowFailure& failure, 
   for (std::int32_t first = 1; first <= n_; first += span) {
     const std::int32_t rows = std::min(span, n_ - first + 1);
     for (std::int32_t done = 0; done < rows; done += block) {
-      if (!model_.EvaluateRows(first + done, std::min(block, rows - done), ia_.data(), row_values + done,
+      if (!model_.EvaluateRows(first + done, std::min(block, rows - done), ia_.data(),
+                               with_values ? row_values + done : nullptr,
                                derivatives + static_cast<std::ptrdiff_t>(done) * stride, stride, failure)) {
         return false;
       }

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <functional>
 #include <span>
 #include <string>
@@ -109,6 +110,38 @@ TEST(TrustRegion, AgreesWithMarquardtOnAWellPosedFitAndLogsItsEnd) {
   for (std::int32_t i = 0; i < residuals->NumObservations(); ++i) {
     EXPECT_EQ(residuals->GetObservation(i), kY[static_cast<std::size_t>(i)] - predicted->GetObservation(i));
   }
+
+  // An external model with the host's derivatives: at an accepted point the
+  // values are those of its trial, so a derivative pass raises no value
+  // event; only the first point's pass brings its values with it, and the
+  // statistics evaluate the final point once more.
+  NonlinearRegression host;
+  host.SetSolverMethod(tsxSolverTrustRegion);
+  test::DefineExponential(host);
+  host.RegressionParameters()->Item("b")->SetInitialEstimate(0.1);
+  long value_events = 0, derivative_events = 0;
+  const auto evaluate = host.Events.EvaluateExternal;
+  const auto derive = host.Events.DerivativeExternal;
+  host.Events.EvaluateExternal = [&](Vec& p, double x, double& y, bool& ok) {
+    ++value_events;
+    evaluate(p, x, y, ok);
+  };
+  host.Events.DerivativeExternal = [&](Vec& p, double x, Vec& d, bool& ok) {
+    ++derivative_events;
+    derive(p, x, d, ok);
+  };
+  host.Fit(kX, kY);
+  ASSERT_TRUE(host.IsSolved()) << host.SolutionLog();
+  EXPECT_NEAR(host.RegressionParameters()->Item("b")->Value(), trust.RegressionParameters()->Item("b")->Value(), 1e-7);
+  const std::string host_log = host.SolutionLog();
+  long value_passes = 0, derivative_passes = 0;
+  const auto at = host_log.find("Passes over the data: ");
+  ASSERT_NE(at, std::string::npos);
+  ASSERT_EQ(std::sscanf(host_log.c_str() + at + 22, "%ld for values, %ld", &value_passes, &derivative_passes), 2);
+  const auto n = static_cast<long>(kX.size());
+  EXPECT_GT(derivative_passes, 2);
+  EXPECT_EQ(value_events, n * (value_passes + 2));
+  EXPECT_EQ(derivative_events, n * derivative_passes);
 }
 
 // Stopped early, the run ends at the best point it found: the statistics,

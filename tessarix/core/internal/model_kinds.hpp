@@ -105,6 +105,12 @@ class ExternalKind final : public PointModel {
   bool EvaluateRows(const PointTable& points, std::int32_t first, std::int32_t count, double* parameters,
                     const std::int32_t* ia, std::int32_t parameter_count, double* values, double* derivatives,
                     std::int32_t stride, RowFailure& failure) override {
+    // Asked for the derivatives only, the host's value events are not
+    // raised: its derivative events and the numerical derivatives need no
+    // value at the point itself.
+    if (values == nullptr && ia != nullptr) {
+      return DerivativeRows(points, first, count, parameters, ia, parameter_count, derivatives, stride, failure);
+    }
     if (!events_.EvaluateExternalBlock) {
       // Point by point, as PointModel::EvaluateRows and Value do it, without
       // a virtual call between the host's events.
@@ -141,21 +147,7 @@ class ExternalKind final : public PointModel {
       }
     }
     if (ia == nullptr) return true;
-    if (external_derivatives_ && events_.DerivativeExternalBlock) {
-      if (!BlockDerivatives(block, count, parameters, derivatives, stride)) {
-        failure = {first, true};
-        return false;
-      }
-      return true;
-    }
-    for (std::int32_t r = 0; r < count; ++r) {
-      if (!NumericalDerivatives(points.Row(first + r), parameters, ia, parameter_count,
-                                derivatives + static_cast<std::ptrdiff_t>(r) * stride)) {
-        failure = {first + r, true};
-        return false;
-      }
-    }
-    return true;
+    return DerivativeRows(points, first, count, parameters, ia, parameter_count, derivatives, stride, failure);
   }
 
   bool Derivatives(std::span<const double> point, double* parameters, const std::int32_t* ia, std::int32_t count,
@@ -194,6 +186,34 @@ class ExternalKind final : public PointModel {
 
  private:
   static constexpr std::int32_t kExternalBlockRows = 4096;
+
+  // The derivatives of rows first..first+count-1, as EvaluateRows hands them
+  // after the values: by the block event where the host has one, else row by
+  // row.
+  bool DerivativeRows(const PointTable& points, std::int32_t first, std::int32_t count, double* parameters,
+                      const std::int32_t* ia, std::int32_t parameter_count, double* derivatives, std::int32_t stride,
+                      RowFailure& failure) {
+    if (events_.EvaluateExternalBlock && external_derivatives_ && events_.DerivativeExternalBlock) {
+      const std::span<const double> block(points.Row(first).data(),
+                                          static_cast<std::size_t>(count) * static_cast<std::size_t>(points.Width()));
+      if (!BlockDerivatives(block, count, parameters, derivatives, stride)) {
+        failure = {first, true};
+        return false;
+      }
+      return true;
+    }
+    for (std::int32_t r = 0; r < count; ++r) {
+      const std::span<const double> point = points.Row(first + r);
+      double* const dyda = derivatives + static_cast<std::ptrdiff_t>(r) * stride;
+      const bool ok = events_.EvaluateExternalBlock ? NumericalDerivatives(point, parameters, ia, parameter_count, dyda)
+                                                    : Derivatives(point, parameters, ia, parameter_count, dyda);
+      if (!ok) {
+        failure = {first + r, true};
+        return false;
+      }
+    }
+    return true;
+  }
 
   // The per-point value event at one point; false when the host reports
   // failure.

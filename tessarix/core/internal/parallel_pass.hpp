@@ -112,18 +112,21 @@ class ParallelPass {
 
   // Starts a pass over rows 1..n of `points` at `parameters` (one-based),
   // with the derivatives of the parameters marked in `ia` into rows of
-  // `stride` when `ia` is not null. The pass that ran before is over.
+  // `stride` when `ia` is not null, and the values unless `with_values` is
+  // false (derivatives only). The pass that ran before is over.
   void Begin(const PointTable& points, std::int32_t n, const double* parameters, const std::int32_t* ia,
-             std::int32_t stride);
+             std::int32_t stride, bool with_values);
 
-  // Whether (first, count, ia, stride) is the block the running pass hands
-  // out next.
-  bool IsNext(std::int32_t first, std::int32_t count, const std::int32_t* ia, std::int32_t stride) const;
+  // Whether (first, count, ia, stride, with_values) is the block the running
+  // pass hands out next.
+  bool IsNext(std::int32_t first, std::int32_t count, const std::int32_t* ia, std::int32_t stride,
+              bool with_values) const;
 
   // The next block of the pass into the caller's arrays, as
   // PointModel::EvaluateRows returns it; `own` is the model of the caller's
-  // thread, evaluated at `parameters` (the values the pass began with). An
-  // exception of the block's evaluation is thrown here.
+  // thread, evaluated at `parameters` (the values the pass began with);
+  // `values` is null in a pass of derivatives only. An exception of the
+  // block's evaluation is thrown here.
   [[nodiscard]] bool Take(PointModel& own, double* parameters, std::int32_t first, std::int32_t count, double* values,
                           double* derivatives, RowFailure& failure);
 
@@ -161,6 +164,7 @@ class ParallelPass {
     const std::int32_t* ia = nullptr;
     std::int32_t n = 0;
     std::int32_t stride = 0;
+    bool with_values = true;
     std::int32_t jobs = 0;
     std::uint32_t generation = 0;
     bool stop = false;                      // the helpers leave (the last plan)

@@ -69,8 +69,12 @@ class PointModel {
   // Rows first..first+count-1 of `points`: values[r] and, when `ia` is not
   // null, the derivatives of row r at derivatives[r * stride + l] (l one-based,
   // as Derivatives writes them). On a failure returns false with the row and
-  // the kind of failure; the rows before it are complete. The default runs
-  // Value then Derivatives row by row.
+  // the kind of failure; the rows before it are complete. A null `values`
+  // with `ia` not null asks for the derivatives only (the caller knows the
+  // values there); a kind that cannot have one without the other computes
+  // the values into ValueScratch. The default runs Value then Derivatives
+  // row by row, the values into the scratch when not asked for: a program
+  // whose points influence each other needs every value in its order.
   [[nodiscard]] virtual bool EvaluateRows(const PointTable& points, std::int32_t first, std::int32_t count,
                                           double* parameters, const std::int32_t* ia, std::int32_t parameter_count,
                                           double* values, double* derivatives, std::int32_t stride,
@@ -87,6 +91,9 @@ class PointModel {
   void SetDerivativeStepFloors(std::vector<double> floors) { step_floors_ = std::move(floors); }
 
  protected:
+  // `values`, or when it is null a scratch of `count` values that nobody reads.
+  double* ValueScratch(double* values, std::int32_t count);
+
   // Ridders' derivatives by each fitted parameter through Value.
   [[nodiscard]] bool NumericalDerivatives(std::span<const double> point, double* parameters, const std::int32_t* ia,
                                           std::int32_t count, double* dyda);
@@ -94,6 +101,7 @@ class PointModel {
  private:
   Matrix1 derivative_table_;
   std::vector<double> step_floors_;
+  std::vector<double> value_scratch_;
 };
 
 }  // namespace tessarix::detail

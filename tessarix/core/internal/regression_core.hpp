@@ -75,9 +75,11 @@ class RunModel {
   // The model at observations first..first+count-1 (1..n) of the run with the
   // current parameter values into values[0..count-1] and, when `ia` is not
   // null, the derivatives by every parameter l with ia[l] != 0 into
-  // derivatives[r * stride + l]. False at the first observation where the
-  // value or the derivatives cannot be had (`failure` says which); the rows
-  // before it are complete.
+  // derivatives[r * stride + l]. With `ia` not null, a null `values` asks
+  // for the derivatives only: the caller has the values at these parameters
+  // already (an external model's value events are then not raised). False
+  // at the first observation where the value or the derivatives cannot be
+  // had (`failure` says which); the rows before it are complete.
   [[nodiscard]] virtual bool EvaluateRows(std::int32_t first, std::int32_t count, const std::int32_t* ia,
                                           double* values, double* derivatives, std::int32_t stride,
                                           RowFailure& failure) = 0;
