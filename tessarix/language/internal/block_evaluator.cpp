@@ -444,7 +444,7 @@ std::int32_t EvaluateProgramBlock(const ModelProgram& program, const BlockPlan& 
   bool watch = plan.conditionals == 0 && FlagsCanBeWatched();
   try {
     watch = watch && block_steps::ScalarsFinite(program, parameters, stats) &&
-            block_steps::AllFinite(points, static_cast<std::size_t>(count) * static_cast<std::size_t>(width));
+            AllFinite(points, static_cast<long>(count) * width);  // a NaN point raises no flag
   } catch (...) {
     watch = false;  // a statistic that faults: the checked pass meets it
   }

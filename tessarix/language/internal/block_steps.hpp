@@ -8,6 +8,7 @@
 
 #include "tessarix/language/internal/evaluator_steps.hpp"
 #include "tessarix/language/internal/model_program.hpp"
+#include "tessarix/platform/float_flags.hpp"
 #include "tessarix/platform/rounding.hpp"
 
 namespace tessarix::detail::block_steps {
@@ -36,19 +37,8 @@ inline void Zip(double* a, const double* b, double* check, F f) {
   }
 }
 
-// The checks of the watched pass that the flags do not give: the points
-// (a NaN operand raises no flag, and a comparison may hide it), and a row of
-// results that may hold a NaN of a failed step (a function word's routine, a
-// factor that could not be had).
-inline bool AllFinite(const double* values, std::size_t n) {
-  double sums[4] = {0.0, 0.0, 0.0, 0.0};
-  std::size_t i = 0;
-  for (; i + 4 <= n; i += 4) {
-    for (std::size_t k = 0; k < 4; ++k) sums[k] += values[i + k] * 0.0;
-  }
-  for (; i < n; ++i) sums[0] += values[i] * 0.0;
-  return (sums[0] + sums[1]) + (sums[2] + sums[3]) == 0.0;
-}
+// Rows of results that may hold a NaN of a failed step (a function word's
+// routine, a factor that could not be had): a NaN operand raises no flag.
 inline void CheckRow(const double* row, double* check) {
   for (std::int32_t i = 0; i < kLanes; ++i) check[i] += row[i] * 0.0;
 }

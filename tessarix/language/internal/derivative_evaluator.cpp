@@ -831,7 +831,7 @@ bool EvaluateProgramDerivatives(const ModelProgram& program, const BlockPlan& pl
   bool watch = runs && plan.conditionals == 0 && FlagsCanBeWatched();
   try {
     watch = watch && block_steps::ScalarsFinite(program, parameters, stats) &&
-            block_steps::AllFinite(points, static_cast<std::size_t>(count) * static_cast<std::size_t>(width));
+            AllFinite(points, static_cast<long>(count) * width);  // a NaN point raises no flag
   } catch (...) {
     watch = false;
   }
