@@ -29,7 +29,7 @@ class TextKind final : public PointModel {
 
   // Programs whose points cannot influence each other run by blocks; the
   // others keep the order of a pass point by point.
-  std::int32_t BlockRows() const override { return text_.RunsByBlocks() ? kTextBlockRows : 1; }
+  std::int32_t BlockRows() const override { return text_.PointsIndependent() ? kTextBlockRows : 1; }
 
   // Exact derivatives at one point: the forward pass over the point (its
   // value is computed again, to the same bits).
@@ -50,7 +50,7 @@ class TextKind final : public PointModel {
   bool EvaluateRows(const PointTable& points, std::int32_t first, std::int32_t count, double* parameters,
                     const std::int32_t* ia, std::int32_t parameter_count, double* values, double* derivatives,
                     std::int32_t stride, RowFailure& failure) override {
-    if (!text_.RunsByBlocks()) {
+    if (!text_.PointsIndependent()) {
       return PointModel::EvaluateRows(points, first, count, parameters, ia, parameter_count, values, derivatives,
                                       stride, failure);
     }
@@ -88,7 +88,7 @@ class TextKind final : public PointModel {
  private:
   // Exact derivatives for a program whose points are independent; the
   // others keep the numerical ones.
-  bool Exact() const { return method_ == tsxDerivativeExact && text_.RunsByBlocks(); }
+  bool Exact() const { return method_ == tsxDerivativeExact && text_.PointsIndependent(); }
 
   TextModel& text_;
   const DataStatistics& words_;

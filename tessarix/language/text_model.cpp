@@ -68,6 +68,8 @@ bool TextModel::RunsByBlocks() noexcept {
   return s.plan.usable;
 }
 
+bool TextModel::PointsIndependent() noexcept { return RunsByBlocks() && state_->plan.independent; }
+
 std::int32_t TextModel::EvaluateBlock(const double* parameters, const double* points, std::int32_t width,
                                       std::int32_t count, const DataStatistics& words, double* y,
                                       bool vector_math) noexcept {

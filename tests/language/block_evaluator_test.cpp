@@ -130,19 +130,27 @@ TEST(BlockEvaluator, FaultsStopAtTheirRow) {
     std::vector<double> got;
     EXPECT_EQ(blocks.Block(points, 1, got), 70) << y;
   }
-  // A saved value that may be read before its save (a stale one from an
-  // earlier point) keeps the order of a pass point by point.
-  {
+  // A value saved inside a conditional and read where the branch was not
+  // taken is the one the last point that took it saved (or the previous
+  // call's): the first points read 0, then the value of the block before,
+  // then, on the second call, the last point of the first.
+  for (const auto& [y, sub] : std::vector<std::pair<std::string, std::string>>{
+           {"if(x>0,F1,a)+F1", "x^2"}, {"if(x<0.5,if(x>-0.3,F1,2),3)+F1*a", "exp(x)"}}) {
     LanguageModel single, blocks;
-    single.Define("if(x>0,F1,a)+F1", {"x^2"});
-    blocks.Define("if(x>0,F1,a)+F1", {"x^2"});
+    single.Define(y, {sub});
+    blocks.Define(y, {sub});
     single.SetParameters({2.0});
     blocks.SetParameters({2.0});
-    EXPECT_FALSE(ExpectSameRows(single, blocks, Grid(300, 1, -1.5, 0.01), 1, "stale"));
+    for (const double start : {-4.5, -1.5, 1.0}) {
+      EXPECT_TRUE(ExpectSameRows(single, blocks, Grid(700, 1, start, 0.01), 1, y)) << start;
+    }
   }
   // Conditionals run by blocks: a fault in the branch a point does not take
   // is no fault, one in the branch it takes (x = 0 at row 150) is.
-  for (const std::string y : {"if(x>0,a*ln(x),a*ln(-x))+if(x<1,if(x<-1,1,2),3)", "if(x>0,a*x,a/x)"}) {
+  // Overflows, divisions by zero and integer conversions out of range in
+  // the branch not taken too.
+  for (const std::string y : {"if(x>0,a*ln(x),a*ln(-x))+if(x<1,if(x<-1,1,2),3)", "if(x>0,a*x,a/x)",
+                              "if(x<50,a*exp(x*20),x)", "if(x<>3,a/(x-3)+1/x,0)", "if(x>-1e9,a,(x*1e9)\\2)"}) {
     LanguageModel single, blocks;
     single.Define(y);
     blocks.Define(y);

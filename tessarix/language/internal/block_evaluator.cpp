@@ -1,5 +1,6 @@
 #include "tessarix/language/internal/block_evaluator.hpp"
 
+#include <array>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -24,7 +25,6 @@ BlockPlan PlanBlocks(const ModelProgram& program) {
   // The open conditionals: the record of each one's "endtrue".
   std::vector<std::int32_t> open;
   std::vector<std::int32_t> endifs;
-  bool saves_any = false;
   const auto at = [&](std::int32_t pc) -> const Instruction& { return program.code[static_cast<std::size_t>(pc)]; };
   for (std::int32_t pc = 1; pc <= program.code_length; ++pc) {
     const Instruction& in = at(pc);
@@ -55,10 +55,18 @@ BlockPlan PlanBlocks(const ModelProgram& program) {
         if (!endifs.empty() && in.a >= endifs.back()) return plan;
         endifs.push_back(in.a);
         break;
-      case Instr::Save:
-        saves_any = true;
-        plan.saves[static_cast<std::size_t>(in.a)] = true;
+      case Instr::Save: {
+        // A save inside a conditional is the only save of its value.
+        const auto k = static_cast<std::size_t>(in.a);
+        if (!open.empty() || !endifs.empty()) {
+          if (plan.saves[k]) return plan;
+          plan.branch_saves[k] = true;
+        } else if (plan.branch_saves[k]) {
+          return plan;
+        }
+        plan.saves[k] = true;
         break;
+      }
       case Instr::Recall:
         if (!plan.saves[static_cast<std::size_t>(in.a)]) return plan;
         break;
@@ -75,8 +83,9 @@ BlockPlan PlanBlocks(const ModelProgram& program) {
       if (!endifs.empty() && endifs.back() == pc) return plan;
     }
   }
-  if (!open.empty() || !endifs.empty() || (saves_any && plan.conditionals > 0)) return plan;
+  if (!open.empty() || !endifs.empty()) return plan;
   plan.usable = true;
+  plan.independent = plan.branch_saves == std::array<bool, 10>{};
   return plan;
 }
 
@@ -95,10 +104,14 @@ struct Lanes {
   double* stack;
   double* saved;
   double* check;
-  // Three rows per open conditional: the condition, the checks before it,
-  // the checks after its true branch.
+  // Four rows per open conditional: the condition, the checks before it,
+  // the checks after its true branch, and the lanes that run the branch
+  // being run (1, the others 0).
   double* branches;
   std::int32_t levels;  // the conditionals the branch rows hold, at most kMaxNesting
+  // The saved values before the block: what a lane that does not take the
+  // branch of a save reads when no lane before it took it.
+  const double* carry;
   double* Row(std::int32_t k) const { return stack + static_cast<std::size_t>(k) * kRow; }
 };
 
@@ -136,6 +149,39 @@ inline void VectorMap(VectorFunction f, double* top, double* check) {
 inline void Fill(double* row, double v) {
   for (std::int32_t i = 0; i < kLanes; ++i) row[i] = v;
 }
+
+// Inside a branch (`live` not null): the lanes that do not take it compute
+// nothing that counts, so a routine skips them (its result there is 1), and
+// in the watched pass every operand of theirs becomes 1 before a step, on
+// which no step raises a flag or faults.
+inline void Idle(double* row, const double* live) {
+  for (std::int32_t i = 0; i < kLanes; ++i) row[i] = live[i] != 0.0 ? row[i] : 1.0;
+}
+template <bool kCheck, typename F>
+inline void MapLive(double* top, double* check, const double* live, F f) {
+  if (live == nullptr) return Map<kCheck>(top, check, f);
+  for (std::int32_t i = 0; i < kLanes; ++i) {
+    const double r = live[i] != 0.0 ? f(top[i]) : 1.0;
+    top[i] = r;
+    if constexpr (kCheck) check[i] += r * 0.0;
+  }
+}
+template <typename F>
+inline void ZipLive(double* a, const double* b, double* check, const double* live, F f) {
+  if (live == nullptr) return Zip(a, b, check, f);
+  for (std::int32_t i = 0; i < kLanes; ++i) {
+    const double r = live[i] != 0.0 ? f(a[i], b[i]) : 1.0;
+    a[i] = r;
+    check[i] += r * 0.0;
+  }
+}
+// The operand rows of a step: 0, 1 (the top), 2 or 3 from the top.
+inline std::int32_t Operands(Instr op) {
+  if (op == Instr::Not || (op >= Instr::AddX && op <= Instr::Call1)) return 1;
+  if ((op >= Instr::Add && op <= Instr::Imp) || op == Instr::Call2) return 2;
+  return op == Instr::Call3 ? 3 : 0;
+}
+
 inline void Column(double* row, const double* points, std::int32_t width, std::int32_t column) {
   for (std::int32_t i = 0; i < kLanes; ++i) row[i] = points[static_cast<std::ptrdiff_t>(i) * width + column];
 }
@@ -144,10 +190,12 @@ inline void Column(double* row, const double* points, std::int32_t width, std::i
 // (or a routine faulted): the caller then replays the block point by point.
 // The lanes of an operation compute exactly the expressions of the evaluator
 // point by point, so each lane's bits are those of that evaluator. kCheck
-// false: the pass of a program without conditionals whose scalar operands
-// are finite, under a FlagWatch; the steps that can fail without raising a
-// flag (the routines of function words and powers, the integer operators)
-// keep their checks, the others are left to the flags.
+// false: the pass of a program whose scalar operands are finite, under a
+// FlagWatch; the steps that can fail without raising a flag (the routines of
+// function words and powers, the integer operators) keep their checks, the
+// others are left to the flags. The lanes of a branch not taken compute on
+// operands of 1 there, so that only the steps of a point's own branches can
+// raise a flag.
 template <bool kCheck>
 [[gnu::noinline]] bool RunBlock(const ModelProgram& program, const Lanes& lanes, const double* parameters,
                                 const double* points, std::int32_t width, const DataStatistics& stats, bool vector_math,
@@ -156,9 +204,12 @@ template <bool kCheck>
   std::int32_t depth = 0;
   std::int32_t endif_at[kMaxNesting];
   const auto branch_row = [&](std::int32_t level, std::int32_t k) {
-    return lanes.branches + (static_cast<std::size_t>(level) * 3 + static_cast<std::size_t>(k)) * kRow;
+    return lanes.branches + (static_cast<std::size_t>(level) * 4 + static_cast<std::size_t>(k)) * kRow;
   };
-  using namespace steps;  // NOLINT(google-build-using-namespace): the shared steps
+  // The lanes that run the current branch; null outside conditionals.
+  const double* live = nullptr;
+  const bool juggle = kCheck || checks;  // the checks of the branches are kept apart
+  using namespace steps;                 // NOLINT(google-build-using-namespace): the shared steps
   const Instruction* code = program.code.data();
   const std::int32_t length = program.code_length;
   double* check = lanes.check;
@@ -172,16 +223,21 @@ template <bool kCheck>
       // branch, and its checks.
       if (sp < 1) return false;
       --depth;
+      live = depth > 0 ? branch_row(depth - 1, 3) : nullptr;
       const double* condition = branch_row(depth, 0);
       const double* true_checks = branch_row(depth, 2);
       double* chosen = lanes.Row(sp - 1);
       const double* other = lanes.Row(sp);
-      for (std::int32_t i = 0; i < kLanes; ++i) {
-        const bool taken = condition[i] == kTrue;
-        chosen[i] = taken ? chosen[i] : other[i];
-        check[i] = taken ? true_checks[i] : check[i];
-      }
+      for (std::int32_t i = 0; i < kLanes; ++i) chosen[i] = condition[i] == kTrue ? chosen[i] : other[i];
+      for (std::int32_t i = 0; juggle && i < kLanes; ++i) check[i] = condition[i] == kTrue ? true_checks[i] : check[i];
       --sp;
+    }
+    if constexpr (!kCheck) {
+      if (live != nullptr) {
+        const std::int32_t operands = Operands(in.op);
+        if (sp < operands - 1) return false;
+        for (std::int32_t k = 0; k < operands; ++k) Idle(lanes.Row(sp - k), live);
+      }
     }
     double* top = sp >= 0 ? lanes.Row(sp) : nullptr;
     switch (in.op) {
@@ -191,11 +247,14 @@ template <bool kCheck>
         if (top == nullptr || depth >= lanes.levels) return false;
         double* condition = branch_row(depth, 0);
         double* before = branch_row(depth, 1);
+        double* mask = branch_row(depth, 3);
         for (std::int32_t i = 0; i < kLanes; ++i) {
           condition[i] = top[i];
-          before[i] = check[i];
+          mask[i] = (live == nullptr || live[i] != 0.0) && top[i] == kTrue ? 1.0 : 0.0;
         }
+        for (std::int32_t i = 0; juggle && i < kLanes; ++i) before[i] = check[i];
         endif_at[depth] = code[in.b - 1].a;
+        live = mask;
         ++depth;
         --sp;
         break;
@@ -203,9 +262,15 @@ template <bool kCheck>
       case Instr::EndTrue: {
         // On into the false branch, from the checks before the condition.
         if (depth < 1) return false;
+        const double* outer = depth > 1 ? branch_row(depth - 2, 3) : nullptr;
+        const double* condition = branch_row(depth - 1, 0);
+        double* mask = branch_row(depth - 1, 3);
+        for (std::int32_t i = 0; i < kLanes; ++i) {
+          mask[i] = (outer == nullptr || outer[i] != 0.0) && condition[i] != kTrue ? 1.0 : 0.0;
+        }
         double* before = branch_row(depth - 1, 1);
         double* after = branch_row(depth - 1, 2);
-        for (std::int32_t i = 0; i < kLanes; ++i) {
+        for (std::int32_t i = 0; juggle && i < kLanes; ++i) {
           after[i] = check[i];
           check[i] = before[i];
         }
@@ -224,7 +289,8 @@ template <bool kCheck>
         // A push followed by a step with x ("b*x"): the step on the value
         // itself, without a row of copies of it.
         const Instr next = pc < length ? code[pc + 1].op : Instr::Skip;
-        if (next >= Instr::AddX && next <= Instr::DivideX && (depth == 0 || endif_at[depth - 1] != pc + 1)) {
+        if (next >= Instr::AddX && next <= Instr::DivideX && (depth == 0 || endif_at[depth - 1] != pc + 1) &&
+            (kCheck || live == nullptr)) {
           const auto apply = [&](auto f) {
             for (std::int32_t i = 0; i < kLanes; ++i) {
               const double r = f(value, points[static_cast<std::ptrdiff_t>(i) * width]);
@@ -254,7 +320,17 @@ template <bool kCheck>
       case Instr::Save: {
         if (top == nullptr) return false;
         double* saved = lanes.saved + static_cast<std::size_t>(in.a) * kRow;
-        for (std::int32_t i = 0; i < kLanes; ++i) saved[i] = top[i];
+        if (live == nullptr) {
+          for (std::int32_t i = 0; i < kLanes; ++i) saved[i] = top[i];
+          break;
+        }
+        // A point that does not take the branch keeps the value of the last
+        // point that did: the lanes before it, or the points before the block.
+        double last = lanes.carry[in.a];
+        for (std::int32_t i = 0; i < kLanes; ++i) {
+          if (live[i] != 0.0) last = top[i];
+          saved[i] = last;
+        }
         break;
       }
       case Instr::Negate:
@@ -282,14 +358,14 @@ template <bool kCheck>
         }
         switch (in.op) {
           case Instr::Exp:
-            Map<kCheck>(top, check, [](double v) { return std::exp(v); });
+            MapLive<kCheck>(top, check, live, [](double v) { return std::exp(v); });
             break;
           case Instr::Ln:
             // Outside the domain the routine raises a flag.
             if constexpr (kCheck) {
-              Map(top, check, [](double v) { return v > 0.0 ? std::log(v) : kFailed; });
+              MapLive<true>(top, check, live, [](double v) { return v > 0.0 ? std::log(v) : kFailed; });
             } else {
-              Map<false>(top, check, [](double v) { return std::log(v); });
+              MapLive<false>(top, check, live, [](double v) { return std::log(v); });
             }
             break;
           case Instr::Sqrt:
@@ -300,14 +376,14 @@ template <bool kCheck>
             }
             break;
           case Instr::Sin:
-            Map<kCheck>(top, check, [](double v) { return std::sin(v); });
+            MapLive<kCheck>(top, check, live, [](double v) { return std::sin(v); });
             break;
           case Instr::Cos:
-            Map<kCheck>(top, check, [](double v) { return std::cos(v); });
+            MapLive<kCheck>(top, check, live, [](double v) { return std::cos(v); });
             break;
           default: {
             const Function1 f = in.f1;
-            Map(top, check, [f](double v) { return f(v); });
+            MapLive<true>(top, check, live, [f](double v) { return f(v); });
             break;
           }
         }
@@ -319,7 +395,7 @@ template <bool kCheck>
         const double* b = lanes.Row(sp + 1);
         const double* c = lanes.Row(sp + 2);
         for (std::int32_t i = 0; i < kLanes; ++i) {
-          const double r = in.f3(a[i], b[i], c[i]);
+          const double r = live == nullptr || live[i] != 0.0 ? in.f3(a[i], b[i], c[i]) : 1.0;
           a[i] = r;
           check[i] += r * 0.0;
         }
@@ -342,7 +418,11 @@ template <bool kCheck>
         const std::int32_t form = (op - static_cast<std::int32_t>(Instr::AddX)) % 4;
         const std::int32_t source = (op - static_cast<std::int32_t>(Instr::AddX)) / 4;
         const auto apply = [&](auto f) {
-          if (source == 0) {
+          if (source == 0 && !kCheck && live != nullptr) {
+            // x is an operand too: 1 in the lanes that do not take the branch.
+            for (std::int32_t i = 0; i < kLanes; ++i)
+              top[i] = f(top[i], live[i] != 0.0 ? points[static_cast<std::ptrdiff_t>(i) * width] : 1.0);
+          } else if (source == 0) {
             WithColumn<kCheck>(top, points, width, 0, check, f);
           } else {
             WithValue<kCheck>(top, source == 1 ? parameters[in.a] : in.value, check, f);
@@ -377,11 +457,11 @@ template <bool kCheck>
             break;
           case Instr::Call2: {
             const Function2 f = in.f2;
-            Zip(a, b, check, [f](double u, double v) { return f(u, v); });
+            ZipLive(a, b, check, live, [f](double u, double v) { return f(u, v); });
             break;
           }
           case Instr::Power:
-            Zip(a, b, check, [](double u, double v) { return Power(u, v); });
+            ZipLive(a, b, check, live, [](double u, double v) { return Power(u, v); });
             break;
           default:
             // The plan admits no instruction that is not flat here.
@@ -431,7 +511,7 @@ std::int32_t EvaluateProgramBlock(const ModelProgram& program, const BlockPlan& 
   const std::size_t cells = program.stack_cells + 1;
   const std::size_t saved_rows = plan.saves == std::array<bool, 10>{} ? 0 : kSavedRows;
   const std::int32_t levels = plan.conditionals < kMaxNesting ? plan.conditionals : kMaxNesting;
-  const std::size_t branch_rows = 3 * static_cast<std::size_t>(levels);
+  const std::size_t branch_rows = 4 * static_cast<std::size_t>(levels);
   try {
     const std::size_t needed = (cells + saved_rows + 1 + branch_rows) * kRow +
                                static_cast<std::size_t>(kLanes) * static_cast<std::size_t>(width);
@@ -439,18 +519,19 @@ std::int32_t EvaluateProgramBlock(const ModelProgram& program, const BlockPlan& 
   } catch (...) {
     return ReplayRows(program, scratch, parameters, points, width, count, stats, y);
   }
-  // Conditionals run both branches on every lane: a flag of the branch not
-  // taken would send every such block through both passes.
-  bool watch = plan.conditionals == 0 && FlagsCanBeWatched();
+  bool watch = FlagsCanBeWatched();
   try {
     watch = watch && block_steps::ScalarsFinite(program, parameters, stats) &&
             AllFinite(points, static_cast<long>(count) * width);  // a NaN point raises no flag
   } catch (...) {
     watch = false;  // a statistic that faults: the checked pass meets it
   }
-  const Lanes lanes{scratch.block.data(), scratch.block.data() + cells * kRow,
+  const Lanes lanes{scratch.block.data(),
+                    scratch.block.data() + cells * kRow,
                     scratch.block.data() + (cells + saved_rows) * kRow,
-                    scratch.block.data() + (cells + saved_rows + 1) * kRow, levels};
+                    scratch.block.data() + (cells + saved_rows + 1) * kRow,
+                    levels,
+                    scratch.saved.data()};
   double* padded = scratch.block.data() + (cells + saved_rows + 1 + branch_rows) * kRow;
   // The points of the block at `first`, n of them: the short last block runs
   // on copies of its points, padded with its last point so that every lane
@@ -481,6 +562,9 @@ std::int32_t EvaluateProgramBlock(const ModelProgram& program, const BlockPlan& 
     // is discarded (a conversion of a flat operand), sends the whole call
     // through the checked passes.
     bool ok = true;
+    // The saved values as the call found them, for the checked passes to
+    // start from again.
+    const std::array<double, 10> entry = scratch.saved;
     {
       const FlagWatch flags;
       try {
@@ -495,6 +579,7 @@ std::int32_t EvaluateProgramBlock(const ModelProgram& program, const BlockPlan& 
       ok = ok && flags.Clean();
     }
     if (ok) return count;
+    scratch.saved = entry;
   }
   for (std::int32_t first = 0; first < count; first += kLanes) {
     const std::int32_t n = count - first < kLanes ? count - first : kLanes;

@@ -13,15 +13,25 @@ namespace tessarix::detail {
 
 // Whether a program can run by blocks with results identical to a run point
 // by point: records of successful compiles only, every recall of a saved
-// value after a save of it in the same pass (so that no point reads a value
-// saved at another point), no "rnd". Conditionals run both branches on every
-// lane and pick by the condition, the checks of the branch not taken
-// discarded; so a program with one saves nothing (a save in a branch not
-// taken would leave a stale value for a later recall), and its branches nest
-// properly.
+// value after a save of it in the same pass (in the order of the records),
+// no "rnd". Conditionals run by masks: each lane follows its own branch, the
+// steps of the branch it does not take computed on harmless operands (or
+// not at all, for the routines) and their checks discarded; their branches
+// nest properly.
+//
+// A save inside a conditional is the only save of its value in the program:
+// a point that does not take the branch keeps the value the last point
+// before it saved (the language's stale value), which the block fills in
+// from the lanes before it and the call before. Such a program's points
+// influence each other (`independent` false): the values of a call by
+// blocks are those of a pass point by point over the same rows in order,
+// but any evaluation between two calls (a derivative at a point) changes
+// what the next call reads.
 struct BlockPlan {
   bool usable = false;
-  std::array<bool, 10> saves{};  // the sub-definitions the program saves
+  bool independent = false;
+  std::array<bool, 10> saves{};         // the sub-definitions the program saves
+  std::array<bool, 10> branch_saves{};  // those it saves inside a conditional
   std::int32_t conditionals = 0;
 };
 [[nodiscard]] BlockPlan PlanBlocks(const ModelProgram& program);
@@ -33,8 +43,7 @@ struct BlockPlan {
 // of EvaluateProgram called row by row; a block in which any check fails is
 // replayed row by row to find the row. Never throws.
 //
-// A program without conditionals whose points and scalar operands are all
-// finite first runs every block of the call with its arithmetic unchecked,
+// A program whose points and scalar operands are all finite first runs every block of the call with its arithmetic unchecked,
 // under the floating-point exception flags (overflow, division by zero,
 // invalid): an operation on finite operands whose result is not finite
 // raises one, and the steps that fail without one (function words, powers,
