@@ -150,6 +150,12 @@ inline void Fill(double* row, double v) {
   for (std::int32_t i = 0; i < kLanes; ++i) row[i] = v;
 }
 
+constexpr std::array<double, kRow> kAllLanes = [] {
+  std::array<double, kRow> ones{};
+  for (double& v : ones) v = 1.0;
+  return ones;
+}();
+
 // Inside a branch (`live` not null): the lanes that do not take it compute
 // nothing that counts, so a routine skips them (its result there is 1), and
 // in the watched pass every operand of theirs becomes 1 before a step, on
@@ -175,6 +181,15 @@ inline void ZipLive(double* a, const double* b, double* check, const double* liv
     check[i] += r * 0.0;
   }
 }
+// A branch that no lane of the block runs, records from..to-1: a value it
+// saves keeps, in every lane, the one the points before the block saved.
+inline void PassOver(const ModelProgram& program, const Lanes& lanes, std::int32_t from, std::int32_t to) {
+  for (std::int32_t pc = from; pc < to; ++pc) {
+    const Instruction& in = program.code[static_cast<std::size_t>(pc)];
+    if (in.op == Instr::Save) Fill(lanes.saved + static_cast<std::size_t>(in.a) * kRow, lanes.carry[in.a]);
+  }
+}
+
 // The operand rows of a step: 0, 1 (the top), 2 or 3 from the top.
 inline std::int32_t Operands(Instr op) {
   if (op == Instr::Not || (op >= Instr::AddX && op <= Instr::Call1)) return 1;
@@ -203,6 +218,7 @@ template <bool kCheck>
   // The open conditionals: depth, and the "endif" record of each.
   std::int32_t depth = 0;
   std::int32_t endif_at[kMaxNesting];
+  std::int32_t endtrue_at[kMaxNesting];
   const auto branch_row = [&](std::int32_t level, std::int32_t k) {
     return lanes.branches + (static_cast<std::size_t>(level) * 4 + static_cast<std::size_t>(k)) * kRow;
   };
@@ -248,26 +264,46 @@ template <bool kCheck>
         double* condition = branch_row(depth, 0);
         double* before = branch_row(depth, 1);
         double* mask = branch_row(depth, 3);
+        const double* outer = live != nullptr ? live : kAllLanes.data();
+        double taking = 0.0, running = 0.0;  // lanes that take the true branch, of those that run
         for (std::int32_t i = 0; i < kLanes; ++i) {
           condition[i] = top[i];
-          mask[i] = (live == nullptr || live[i] != 0.0) && top[i] == kTrue ? 1.0 : 0.0;
+          mask[i] = (top[i] == kTrue ? 1.0 : 0.0) * outer[i];
+          taking += mask[i];
+          running += outer[i];
+        }
+        if (taking == running || taking == 0.0) {
+          // Every lane that runs takes the same branch: only that one runs,
+          // as point by point, and its "endtrue" jumps as there.
+          --sp;
+          if (taking == 0.0) {
+            PassOver(program, lanes, pc + 1, in.b);
+            pc = in.b;
+          } else {
+            ++pc;
+          }
+          continue;
         }
         for (std::int32_t i = 0; juggle && i < kLanes; ++i) before[i] = check[i];
         endif_at[depth] = code[in.b - 1].a;
+        endtrue_at[depth] = in.b - 1;
         live = mask;
         ++depth;
         --sp;
         break;
       }
       case Instr::EndTrue: {
+        if (depth < 1 || endtrue_at[depth - 1] != pc) {
+          // The end of the true branch of a conditional whose lanes all took it.
+          PassOver(program, lanes, pc + 1, in.a);
+          pc = in.a;
+          continue;
+        }
         // On into the false branch, from the checks before the condition.
-        if (depth < 1) return false;
-        const double* outer = depth > 1 ? branch_row(depth - 2, 3) : nullptr;
+        const double* outer = depth > 1 ? branch_row(depth - 2, 3) : kAllLanes.data();
         const double* condition = branch_row(depth - 1, 0);
         double* mask = branch_row(depth - 1, 3);
-        for (std::int32_t i = 0; i < kLanes; ++i) {
-          mask[i] = (outer == nullptr || outer[i] != 0.0) && condition[i] != kTrue ? 1.0 : 0.0;
-        }
+        for (std::int32_t i = 0; i < kLanes; ++i) mask[i] = (condition[i] == kTrue ? 0.0 : 1.0) * outer[i];
         double* before = branch_row(depth - 1, 1);
         double* after = branch_row(depth - 1, 2);
         for (std::int32_t i = 0; juggle && i < kLanes; ++i) {
