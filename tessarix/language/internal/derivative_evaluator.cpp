@@ -211,6 +211,12 @@ void WordFactors(const FunctionRow& row, std::int32_t which, const double* const
   }
 }
 
+// exp of a row in place: a loop alone in its function, so that nothing of
+// the caller's has to be kept across the calls of the routine.
+[[gnu::noinline]] void ExpRow(double* row) {
+  for (std::int32_t i = 0; i < kLanes; ++i) row[i] = std::exp(row[i]);
+}
+
 // Whether the instructions at pc are "a*exp(b*x)" of two different
 // parameters: a, b and x fused into "b*x", exp, the product.
 inline bool ExpOfProduct(const Instruction* code, std::int32_t pc, std::int32_t length) {
@@ -348,9 +354,9 @@ template <bool kCheck>
         break;
       case Instr::Parameter: {
         if constexpr (!kCheck) {
-          // "a*exp(b*x)", the commonest shape of a growth or decay, in one
-          // pass over the lanes; the same operations in the same order as
-          // the steps one by one.
+          // "a*exp(b*x)", the commonest shape of a growth or decay, as one
+          // step: the same operations in the same order as the steps one by
+          // one, without the rows of ones and copies between them.
           if (!vector_math && ExpOfProduct(code, pc, length) && sp + 1 < 64 &&
               (depth == 0 || endif_at[depth - 1] <= pc || endif_at[depth - 1] > pc + 5)) {
             const std::int32_t k = ++sp;
@@ -361,12 +367,19 @@ template <bool kCheck>
             double* value = d.Value(k);
             double* da = sa >= 0 ? d.Partial(k, static_cast<std::size_t>(sa)) : ta;
             double* db = sb >= 0 ? d.Partial(k, static_cast<std::size_t>(sb)) : tb;
+            // x in its own row, and the routine in a loop of its own.
+            const double* xs = points;
+            if (width > 1) {
+              column(tc, 0);
+              xs = tc;
+            }
+            for (std::int32_t i = 0; i < kLanes; ++i) value[i] = b * xs[i];
+            ExpRow(value);
             for (std::int32_t i = 0; i < kLanes; ++i) {
-              const double x = points[static_cast<std::ptrdiff_t>(i) * width];
-              const double e = std::exp(b * x);
+              const double e = value[i];
               value[i] = a * e;
               da[i] = e;
-              db[i] = a * (x * e);
+              db[i] = a * (xs[i] * e);
             }
             if (sa >= 0) d.Nonzero(k, static_cast<std::size_t>(sa)) = kStored;
             if (sb >= 0) d.Nonzero(k, static_cast<std::size_t>(sb)) = kStored;
