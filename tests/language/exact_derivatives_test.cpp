@@ -234,6 +234,28 @@ TEST(ExactDerivatives, BranchesFixedParametersAndFailures) {
     EXPECT_EQ(fixed[r * 4 + 1], all[r * 4 + 1]);
     EXPECT_EQ(fixed[r * 4 + 3], 1.0);
   }
+  // "a*exp(b*x)" runs as one step: the bits of the same operations one by
+  // one ("exp(b*x)*a" runs them so), any parameter fixed, in either order.
+  for (const auto& [fused, stepwise] : {std::pair{"a*exp(b*x)+c", "exp(b*x)*a+c"}, {"b*exp(a*x)", "exp(a*x)*b"}}) {
+    LanguageModel one, steps;
+    one.Define(fused);
+    steps.Define(stepwise);
+    for (const std::vector<std::int32_t>& ia : std::vector<std::vector<std::int32_t>>{{}, {0, 0, 1, 1}, {0, 1, 0, 1}}) {
+      for (const double a : {1.0, -0.7}) {
+        one.SetParameters({a, 0.3, 0.5});
+        steps.SetParameters({a, 0.3, 0.5});
+        std::vector<double> y1, y2, d1, d2;
+        ASSERT_TRUE(one.Exact(Grid(300, -2.0, 0.07), 1, y1, d1, row, in_derivatives, ia));
+        ASSERT_TRUE(steps.Exact(Grid(300, -2.0, 0.07), 1, y2, d2, row, in_derivatives, ia));
+        for (std::size_t i = 0; i < d1.size(); ++i) {
+          ASSERT_EQ(std::bit_cast<std::uint64_t>(d1[i]), std::bit_cast<std::uint64_t>(d2[i])) << fused << " " << i;
+        }
+        for (std::size_t i = 0; i < y1.size(); ++i) {
+          ASSERT_EQ(std::bit_cast<std::uint64_t>(y1[i]), std::bit_cast<std::uint64_t>(y2[i])) << fused << " " << i;
+        }
+      }
+    }
+  }
   // A value that fails stops at its row as a value failure; a value that
   // exists with an infinite derivative (sqr at 0) stops there as a failure
   // of the derivatives, the rows before it complete.
