@@ -6,10 +6,12 @@
 
 namespace tessarix::detail {
 
-bool CalculateStatistics(RegressionCore& core, RunModel& model, std::int32_t n, std::int32_t fitted_count) {
+bool CalculateStatistics(RegressionCore& core, RunModel& model, std::int32_t n, std::int32_t fitted_count,
+                         const double* known_values) {
   try {
-    // One pass at the model's current values. The residuals are plain,
-    // SSENorm and the mean of y are weighted, Durbin-Watson is not.
+    // One pass at the model's current values (or over the values the run
+    // already has there). The residuals are plain, SSENorm and the mean of y
+    // are weighted, Durbin-Watson is not.
     Num residual_sum = 0.0;
     Num sse = 0.0;
     Num sse_norm = 0.0;
@@ -22,14 +24,15 @@ bool CalculateStatistics(RegressionCore& core, RunModel& model, std::int32_t n, 
     std::int32_t block_end = 0;
     for (std::int32_t i = 1; i <= n; ++i) {
       const auto ui = static_cast<std::size_t>(i);
-      if (i > block_end) {
+      if (known_values == nullptr && i > block_end) {
         const std::int32_t count = block < n - i + 1 ? block : n - i + 1;
         RowFailure failure;
         if (!model.EvaluateRows(i, count, nullptr, state.block_values.data(), nullptr, 0, failure)) return false;
         block_first = i;
         block_end = i + count - 1;
       }
-      const double f = state.block_values[static_cast<std::size_t>(i - block_first)];
+      const double f =
+          known_values != nullptr ? known_values[i] : state.block_values[static_cast<std::size_t>(i - block_first)];
       const Num e = Num(core.y[ui]) - f;
       const Num w = core.weights[ui];
       residual_sum += e;
