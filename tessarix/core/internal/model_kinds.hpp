@@ -58,7 +58,27 @@ inline void FillEventValues(std::vector<double>& out, const double* values, std:
     out.assign(values + 1, values + 1 + count);
     return;
   }
-  std::memcpy(out.data(), values + 1, size * sizeof(double));
+  // Once per point and event, for a handful of parameters as a rule: the
+  // usual counts are copied inline (a loop or a call to memcpy cost more than
+  // the copy).
+  double* const to = out.data();
+  const double* const from = values + 1;
+  switch (count) {
+    case 4:
+      to[3] = from[3];
+      [[fallthrough]];
+    case 3:
+      to[2] = from[2];
+      [[fallthrough]];
+    case 2:
+      to[1] = from[1];
+      [[fallthrough]];
+    case 1:
+      to[0] = from[0];
+      return;
+    default:
+      std::memcpy(to, from, size * sizeof(double));
+  }
 }
 void FillEventValues(Variant& out, const double* values, std::int32_t count);
 // The derivative arrays an event receives: one element per parameter, rebuilt
@@ -153,7 +173,9 @@ class ExternalKind final : public PointModel {
   static constexpr std::int32_t kExternalBlockRows = 4096;
   // The rows of the per-point events are handed over in blocks too: the
   // host's events still come point by point in the order of the data, and
-  // the pass adds a block's rows without a test per step.
+  // the pass adds a block's rows without a test per step. (A pass that a
+  // fault in its sums ends has then raised the events of the rest of that
+  // block; every result is as a pass point by point leaves it.)
   static constexpr std::int32_t kExternalPointRows = 256;
 
   // Rows by the per-point events: for each point its value, then its
