@@ -81,6 +81,34 @@ inline void FillEventValues(std::vector<double>& out, const double* values, std:
   }
 }
 void FillEventValues(Variant& out, const double* values, std::int32_t count);
+// The host's derivatives from[0..count-1] into to[0..count-1]; one that is
+// not finite is a fault. The usual counts are copied inline and tested at
+// once.
+inline void CopyEventDerivatives(const double* from, double* to, std::int32_t count) {
+  bool finite = true;
+  switch (count) {
+    case 4:
+      finite &= std::isfinite(from[3]);
+      to[3] = from[3];
+      [[fallthrough]];
+    case 3:
+      finite &= std::isfinite(from[2]);
+      to[2] = from[2];
+      [[fallthrough]];
+    case 2:
+      finite &= std::isfinite(from[1]);
+      to[1] = from[1];
+      [[fallthrough]];
+    case 1:
+      finite &= std::isfinite(from[0]);
+      to[0] = from[0];
+      if (finite) return;
+      break;
+    default:
+      break;
+  }
+  for (std::int32_t i = 0; i < count; ++i) to[i] = Checked(from[i]);
+}
 // The derivative arrays an event receives: one element per parameter, rebuilt
 // when the host resized or replaced them in an earlier call.
 inline void SizeEventDerivatives(std::vector<double>& out, std::int32_t count) {
@@ -208,7 +236,7 @@ class ExternalKind final : public PointModel {
 
   // The per-point derivative event at one point into dyda[1..count]; false,
   // with the failure's text, when the host reports failure.
-  bool HostDerivatives(std::span<const double> point, double* parameters, double* dyda) {
+  [[gnu::always_inline]] bool HostDerivatives(std::span<const double> point, double* parameters, double* dyda) {
     bool success = false;  // a handler must set it
     if (alternative_) {
       FillEventValues(buffers_.values_alt, parameters, count_);
@@ -224,8 +252,7 @@ class ExternalKind final : public PointModel {
       return false;
     }
     if (!alternative_ && buffers_.derivatives.size() >= static_cast<std::size_t>(count_)) {
-      const double* const from = buffers_.derivatives.data();
-      for (std::int32_t i = 0; i < count_; ++i) dyda[i + 1] = Checked(from[i]);
+      CopyEventDerivatives(buffers_.derivatives.data(), dyda + 1, count_);
     } else {
       ReadEventDerivatives(buffers_, alternative_, count_, dyda);
     }
