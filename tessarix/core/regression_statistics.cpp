@@ -1,53 +1,69 @@
 // The goodness-of-fit values of a run. Their computation also decides
 // whether the run is kept: any failure here rejects it.
+#include <cmath>
+
 #include "tessarix/core/internal/marquardt.hpp"
 #include "tessarix/numerics/distributions.hpp"
 #include "tessarix/platform/checked.hpp"
 
 namespace tessarix::detail {
 
-bool CalculateStatistics(RegressionCore& core, RunModel& model, std::int32_t n, std::int32_t fitted_count) {
+bool CalculateStatistics(RegressionCore& core, RunModel& model, std::int32_t n, std::int32_t fitted_count,
+                         const double* known_values) {
   try {
-    // One pass at the model's current values. The residuals are plain,
-    // SSENorm and the mean of y are weighted, Durbin-Watson is not.
-    Num residual_sum = 0.0;
-    Num sse = 0.0;
-    Num sse_norm = 0.0;
-    Num dw_numerator = 0.0;
-    Num weighted_y_sum = 0.0;
-    Num previous_e = 0.0;
+    // One pass at the model's current values (or over the values the run
+    // already has there). The residuals are plain, SSENorm and the mean of y
+    // are weighted, Durbin-Watson is not.
+    //
+    // The sums run without a test per step: every step's result goes into
+    // one of them, and a sum that has met a value that is not finite stays
+    // so, so a step that would fault leaves a sum that is not finite, and any
+    // fault here rejects the run in any case.
+    double residual_sum = 0.0;
+    double sse = 0.0;
+    double sse_norm = 0.0;
+    double dw_numerator = 0.0;
+    double weighted_y_sum = 0.0;
+    double previous_e = 0.0;
     MarquardtState& state = core.marquardt;
     const std::int32_t block = model.BlockRows();
     std::int32_t block_first = 1;
     std::int32_t block_end = 0;
     for (std::int32_t i = 1; i <= n; ++i) {
       const auto ui = static_cast<std::size_t>(i);
-      if (i > block_end) {
+      if (known_values == nullptr && i > block_end) {
         const std::int32_t count = block < n - i + 1 ? block : n - i + 1;
         RowFailure failure;
         if (!model.EvaluateRows(i, count, nullptr, state.block_values.data(), nullptr, 0, failure)) return false;
         block_first = i;
         block_end = i + count - 1;
       }
-      const double f = state.block_values[static_cast<std::size_t>(i - block_first)];
-      const Num e = Num(core.y[ui]) - f;
-      const Num w = core.weights[ui];
-      residual_sum += e;
-      sse += e * e;
-      sse_norm += w * (e * e);
-      if (i >= 2) dw_numerator += (e - previous_e) * (e - previous_e);
-      weighted_y_sum += Num(core.y[ui]) * w;
+      const double f =
+          known_values != nullptr ? known_values[i] : state.block_values[static_cast<std::size_t>(i - block_first)];
+      const double e = core.y[ui] - f;
+      const double w = core.weights[ui];
+      residual_sum = residual_sum + e;
+      sse = sse + e * e;
+      sse_norm = sse_norm + w * (e * e);
+      if (i >= 2) dw_numerator = dw_numerator + (e - previous_e) * (e - previous_e);
+      weighted_y_sum = weighted_y_sum + core.y[ui] * w;
       previous_e = e;
     }
+    if (!std::isfinite(residual_sum) || !std::isfinite(sse) || !std::isfinite(sse_norm) ||
+        !std::isfinite(dw_numerator) || !std::isfinite(weighted_y_sum)) {
+      return false;
+    }
     const Num count = static_cast<double>(n);
-    const Num ybar = weighted_y_sum / count;
-    const Num residual_average = residual_sum / count;
-    Num sst = 0.0;
+    const Num ybar = Num(weighted_y_sum) / count;
+    const Num residual_average = Num(residual_sum) / count;
+    double sst_sum = 0.0;
     for (std::int32_t i = 1; i <= n; ++i) {
       const auto ui = static_cast<std::size_t>(i);
-      const Num d = Num(core.y[ui]) - ybar;
-      sst += Num(core.weights[ui]) * (d * d);
+      const double d = core.y[ui] - ybar.value();
+      sst_sum = sst_sum + core.weights[ui] * (d * d);
     }
+    if (!std::isfinite(sst_sum)) return false;
+    const Num sst = sst_sum;
 
     const std::int32_t dof_regression = fitted_count - 1 < 1 ? 1 : fitted_count - 1;
     const std::int32_t dof_error = n - fitted_count < 1 ? 1 : n - fitted_count;
@@ -55,13 +71,13 @@ bool CalculateStatistics(RegressionCore& core, RunModel& model, std::int32_t n, 
     const Num nu_regression = static_cast<double>(dof_regression);
     const Num nu_error = static_cast<double>(dof_error);
 
-    const Num standard_error = sqrt(abs(sse_norm / nu_error));
+    const Num standard_error = sqrt(abs(Num(sse_norm) / nu_error));
     // A constant y makes SST zero, and this division rejects the run.
-    const Num r = 1.0 - sse_norm / sst;
+    const Num r = 1.0 - Num(sse_norm) / sst;
     const Num r_adjust = r - (nu_regression / nu_error) * (1.0 - r);
-    const Num durbin_watson = sse.value() == 0.0 ? Num(0.0) : dw_numerator / sse;
+    const Num durbin_watson = sse == 0.0 ? Num(0.0) : Num(dw_numerator) / sse;
     const Num msr = (sst - sse_norm) / nu_regression;
-    const Num mse = sse_norm / nu_error;
+    const Num mse = Num(sse_norm) / nu_error;
     double prob_f = 0.0;
     if (mse.value() != 0.0) {
       // A fit worse than the mean gives a negative F, an x outside [0, 1]
@@ -72,10 +88,10 @@ bool CalculateStatistics(RegressionCore& core, RunModel& model, std::int32_t n, 
     }
 
     RegressionStatistics& s = core.statistics;
-    s.residual_sum = residual_sum.value();
+    s.residual_sum = residual_sum;
     s.residual_average = residual_average.value();
-    s.sse = sse.value();
-    s.sse_norm = sse_norm.value();
+    s.sse = sse;
+    s.sse_norm = sse_norm;
     s.sst = sst.value();
     s.fitted_count = fitted_count;
     s.dof_regression = dof_regression;

@@ -210,7 +210,10 @@ void SolveModel(RegressionCore& core, RunModel& model, std::int32_t n) {
     core.AppendLine("Final Merit Function = " + NumberText(chisq));
     core.AppendLine("Total number of non-linear iterations = " + IntegerText(end.iterations));
 
-    if (!CalculateStatistics(core, model, n, fitted)) {
+    // The trust region ends with the model's values at its best point in the
+    // predicted column: the statistics read them there rather than ask the
+    // model (and a host's events) for them once more.
+    if (!CalculateStatistics(core, model, n, fitted, trust_region ? core.predicted.data() : nullptr)) {
       core.num_observations = 0;
       core.AppendLine("Solution rejected based on poor goodness of fit statistics.");
       core.last_error = "Solution rejected based on poor goodness of fit statistics";

@@ -46,7 +46,7 @@ std::string CurrentFailureDescription();
 // Runs a host's callback; whatever it throws becomes a run-time fault with the
 // exception's what() ("Unknown error in an event handler" for other types).
 template <class Callback>
-void InvokeHostHandler(Callback&& callback) {
+[[gnu::always_inline]] inline void InvokeHostHandler(Callback&& callback) {
   try {
     callback();
   } catch (const std::exception& e) {

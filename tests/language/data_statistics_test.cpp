@@ -43,3 +43,21 @@ TEST(DataStatistics, FirstObservationWinsTiesAndStdUsesNMinusOne) {
   EXPECT_THROW((void)m.Lookup(DataWord::XMin, 3), RuntimeFault);
   EXPECT_EQ(m.Lookup(DataWord::YMean, 3), s.ymean);
 }
+
+// The sums of x come before those of y: a step that fails in both raises x's
+// fault, whatever the order the sums are formed in.
+TEST(DataStatistics, XsFaultComesBeforeYs) {
+  const auto fault_of = [](const std::vector<double>& x, const std::vector<double>& y) {
+    try {
+      (void)ComputeDataStatistics(x.data(), y.data(), static_cast<std::int32_t>(x.size()) - 1);
+    } catch (const RuntimeFault& fault) {
+      return fault.Kind();
+    }
+    return FaultKind::Other;
+  };
+  const double nan = std::nan("");
+  EXPECT_EQ(fault_of({0, 1e308, 1e308, 1}, {0, 1, nan, 2}), FaultKind::Overflow);
+  EXPECT_EQ(fault_of({0, 1, nan, 2}, {0, 1e308, 1e308, 1}), FaultKind::InvalidCall);
+  EXPECT_EQ(fault_of({0, 1, 2, 3}, {0, -1e308, 1e308, 1e308}), FaultKind::Overflow);
+  EXPECT_EQ(fault_of({0, 1, 2, 3}, {0, 1, 2, 3}), FaultKind::Other);
+}

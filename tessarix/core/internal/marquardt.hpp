@@ -35,8 +35,10 @@ void BuildNormalEquations(RegressionCore& core, RunModel& model, std::int32_t n,
 
 // The goodness-of-fit values of the run at the model's current values into
 // core.statistics; false when the model fails at an observation or any step
-// faults (a constant y, a fit worse than the mean).
+// faults (a constant y, a fit worse than the mean). `known_values` (1..n),
+// when not null, are the model's values there already, and the model is not
+// asked again.
 [[nodiscard]] bool CalculateStatistics(RegressionCore& core, RunModel& model, std::int32_t n,
-                                       std::int32_t fitted_count);
+                                       std::int32_t fitted_count, const double* known_values = nullptr);
 
 }  // namespace tessarix::detail

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <vector>
 
@@ -52,13 +53,62 @@ struct ExternalBuffers {
 // Parameter values 1..count into the zero-based arrays an event receives.
 // Before every call: a host may have written into the array it was handed.
 inline void FillEventValues(std::vector<double>& out, const double* values, std::int32_t count) {
-  if (out.size() != static_cast<std::size_t>(count)) {
+  const auto size = static_cast<std::size_t>(count);
+  if (out.size() != size) {
     out.assign(values + 1, values + 1 + count);
     return;
   }
-  for (std::int32_t i = 0; i < count; ++i) out[static_cast<std::size_t>(i)] = values[i + 1];
+  // Once per point and event, for a handful of parameters as a rule: the
+  // usual counts are copied inline (a loop or a call to memcpy cost more than
+  // the copy).
+  double* const to = out.data();
+  const double* const from = values + 1;
+  switch (count) {
+    case 4:
+      to[3] = from[3];
+      [[fallthrough]];
+    case 3:
+      to[2] = from[2];
+      [[fallthrough]];
+    case 2:
+      to[1] = from[1];
+      [[fallthrough]];
+    case 1:
+      to[0] = from[0];
+      return;
+    default:
+      std::memcpy(to, from, size * sizeof(double));
+  }
 }
 void FillEventValues(Variant& out, const double* values, std::int32_t count);
+// The host's derivatives from[0..count-1] into to[0..count-1]; one that is
+// not finite is a fault. The usual counts are copied inline and tested at
+// once.
+inline void CopyEventDerivatives(const double* from, double* to, std::int32_t count) {
+  bool finite = true;
+  switch (count) {
+    case 4:
+      finite &= std::isfinite(from[3]);
+      to[3] = from[3];
+      [[fallthrough]];
+    case 3:
+      finite &= std::isfinite(from[2]);
+      to[2] = from[2];
+      [[fallthrough]];
+    case 2:
+      finite &= std::isfinite(from[1]);
+      to[1] = from[1];
+      [[fallthrough]];
+    case 1:
+      finite &= std::isfinite(from[0]);
+      to[0] = from[0];
+      if (finite) return;
+      break;
+    default:
+      break;
+  }
+  for (std::int32_t i = 0; i < count; ++i) to[i] = Checked(from[i]);
+}
 // The derivative arrays an event receives: one element per parameter, rebuilt
 // when the host resized or replaced them in an earlier call.
 inline void SizeEventDerivatives(std::vector<double>& out, std::int32_t count) {
@@ -95,7 +145,9 @@ class ExternalKind final : public PointModel {
     return std::make_unique<ExternalKind>(events_, count_, external_derivatives_, alternative_, nullptr);
   }
 
-  std::int32_t BlockRows() const override { return events_.EvaluateExternalBlock ? kExternalBlockRows : 1; }
+  std::int32_t BlockRows() const override {
+    return events_.EvaluateExternalBlock ? kExternalBlockRows : kExternalPointRows;
+  }
 
   bool RawValue(std::span<const double> point, const double* parameters, double& y) override {
     if (events_.EvaluateExternalBlock) return BlockValues(point, 1, parameters, &y);
@@ -111,27 +163,8 @@ class ExternalKind final : public PointModel {
     if (values == nullptr && ia != nullptr) {
       return DerivativeRows(points, first, count, parameters, ia, parameter_count, derivatives, stride, failure);
     }
-    if (!events_.EvaluateExternalBlock) {
-      // Point by point, as PointModel::EvaluateRows and Value do it, without
-      // a virtual call between the host's events.
-      for (std::int32_t r = 0; r < count; ++r) {
-        const std::span<const double> point = points.Row(first + r);
-        bool ok = false;
-        double value = 0.0;
-        const bool ran = SucceedsWithoutFault([&] { ok = PointValue(point, parameters, value); });
-        if (!ran || !ok || !std::isfinite(value)) {
-          failure = {first + r, false};
-          return false;
-        }
-        values[r] = value;
-        if (ia != nullptr && !Derivatives(point, parameters, ia, parameter_count,
-                                          derivatives + static_cast<std::ptrdiff_t>(r) * stride)) {
-          failure = {first + r, true};
-          return false;
-        }
-      }
-      return true;
-    }
+    if (!events_.EvaluateExternalBlock)
+      return PointRows(points, first, count, parameters, ia, parameter_count, values, derivatives, stride, failure);
     const std::span<const double> block(points.Row(first).data(),
                                         static_cast<std::size_t>(count) * static_cast<std::size_t>(points.Width()));
     bool ran = false;
@@ -161,6 +194,49 @@ class ExternalKind final : public PointModel {
       return NumericalDerivatives(point, parameters, ia, count, dyda);
     }
     if (!external_derivatives_) return NumericalDerivatives(point, parameters, ia, count, dyda);
+    return HostDerivatives(point, parameters, dyda);
+  }
+
+ private:
+  static constexpr std::int32_t kExternalBlockRows = 4096;
+  // The rows of the per-point events are handed over in blocks too: the
+  // host's events still come point by point in the order of the data, and
+  // the pass adds a block's rows without a test per step. (A pass that a
+  // fault in its sums ends has then raised the events of the rest of that
+  // block; every result is as a pass point by point leaves it.)
+  static constexpr std::int32_t kExternalPointRows = 256;
+
+  // Rows by the per-point events: for each point its value, then its
+  // derivatives, as a pass point by point raises them, without a virtual
+  // call between the host's events. (A fault in the derivatives ends the run
+  // whichever row raises it, so the rows before it need not be added first.)
+  bool PointRows(const PointTable& points, std::int32_t first, std::int32_t count, double* parameters,
+                 const std::int32_t* ia, std::int32_t parameter_count, double* values, double* derivatives,
+                 std::int32_t stride, RowFailure& failure) {
+    for (std::int32_t r = 0; r < count; ++r) {
+      const std::span<const double> point = points.Row(first + r);
+      bool ok = false;
+      double value = 0.0;
+      const bool ran = SucceedsWithoutFault([&] { ok = PointValue(point, parameters, value); });
+      if (!ran || !ok || !std::isfinite(value)) {
+        failure = {first + r, false};
+        return false;
+      }
+      values[r] = value;
+      if (ia == nullptr) continue;
+      double* const dyda = derivatives + static_cast<std::ptrdiff_t>(r) * stride;
+      if (!(external_derivatives_ ? HostDerivatives(point, parameters, dyda)
+                                  : NumericalDerivatives(point, parameters, ia, parameter_count, dyda))) {
+        failure = {first + r, true};
+        return false;
+      }
+    }
+    return true;
+  }
+
+  // The per-point derivative event at one point into dyda[1..count]; false,
+  // with the failure's text, when the host reports failure.
+  [[gnu::always_inline]] bool HostDerivatives(std::span<const double> point, double* parameters, double* dyda) {
     bool success = false;  // a handler must set it
     if (alternative_) {
       FillEventValues(buffers_.values_alt, parameters, count_);
@@ -176,16 +252,12 @@ class ExternalKind final : public PointModel {
       return false;
     }
     if (!alternative_ && buffers_.derivatives.size() >= static_cast<std::size_t>(count_)) {
-      for (std::int32_t i = 0; i < count_; ++i)
-        dyda[i + 1] = Checked(buffers_.derivatives[static_cast<std::size_t>(i)]);
+      CopyEventDerivatives(buffers_.derivatives.data(), dyda + 1, count_);
     } else {
       ReadEventDerivatives(buffers_, alternative_, count_, dyda);
     }
     return true;
   }
-
- private:
-  static constexpr std::int32_t kExternalBlockRows = 4096;
 
   // The derivatives of rows first..first+count-1, as EvaluateRows hands them
   // after the values: by the block event where the host has one, else row by
@@ -205,8 +277,9 @@ class ExternalKind final : public PointModel {
     for (std::int32_t r = 0; r < count; ++r) {
       const std::span<const double> point = points.Row(first + r);
       double* const dyda = derivatives + static_cast<std::ptrdiff_t>(r) * stride;
-      const bool ok = events_.EvaluateExternalBlock ? NumericalDerivatives(point, parameters, ia, parameter_count, dyda)
-                                                    : Derivatives(point, parameters, ia, parameter_count, dyda);
+      const bool ok = events_.EvaluateExternalBlock || !external_derivatives_
+                          ? NumericalDerivatives(point, parameters, ia, parameter_count, dyda)
+                          : HostDerivatives(point, parameters, dyda);
       if (!ok) {
         failure = {first + r, true};
         return false;
