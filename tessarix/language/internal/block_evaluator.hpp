@@ -43,12 +43,15 @@ struct BlockPlan {
 // of EvaluateProgram called row by row; a block in which any check fails is
 // replayed row by row to find the row. Never throws.
 //
-// A program whose points and scalar operands are all finite first runs every block of the call with its arithmetic unchecked,
-// under the floating-point exception flags (overflow, division by zero,
-// invalid): an operation on finite operands whose result is not finite
-// raises one, and the steps that fail without one (function words, powers,
-// the integer operators) keep their checks. A raised flag sends the call
-// through the checked passes. The values are the same either way; after a
+// A program whose points and scalar operands are all finite first runs
+// every block of the call with its arithmetic unchecked, under the
+// floating-point exception flags (overflow, division by zero, invalid): an
+// operation on finite operands whose result is not finite raises one, and
+// the steps that fail without one (function words, powers, the integer
+// operators) keep their checks. The lanes of a branch not taken compute on
+// operands of 1 there, so that they raise none. A raised flag sends the call
+// through the checked passes. A conditional whose lanes all take the same
+// branch runs that branch alone, in either pass. The values are the same either way; after a
 // failure, rows beyond the failing one may hold values of the watched pass.
 //
 // `vector_math` computes exp, ln, sin and cos of full blocks with the vector
