@@ -39,6 +39,9 @@ void Compile(CompiledText& m, const std::string& y, const std::vector<std::strin
 
 constexpr int kPoints = 1024;
 double XAt(int i) { return 0.05 + 0.01 * i; }
+// The same points in a scrambled order (389 is prime to 1024): the branch a
+// point takes changes from one point to the next.
+double MixedXAt(int i) { return XAt(i * 389 % kPoints); }
 
 void RunText(benchmark::State& state, const std::string& y, const std::vector<std::string>& subs,
              const std::vector<double>& values) {
@@ -61,11 +64,11 @@ void RunText(benchmark::State& state, const std::string& y, const std::vector<st
 
 // The same points in one call of the block evaluator.
 void RunTextBlock(benchmark::State& state, const std::string& y, const std::vector<std::string>& subs,
-                  const std::vector<double>& values) {
+                  const std::vector<double>& values, bool mixed = false) {
   CompiledText m;
   Compile(m, y, subs, values);
   std::vector<double> xs(kPoints), out(kPoints);
-  for (int i = 0; i < kPoints; ++i) xs[static_cast<std::size_t>(i)] = XAt(i);
+  for (int i = 0; i < kPoints; ++i) xs[static_cast<std::size_t>(i)] = mixed ? MixedXAt(i) : XAt(i);
   double sum = 0.0;
   for (auto _ : state) {
     if (m.model.EvaluateBlock(m.parameters.data(), xs.data(), 1, kPoints, m.stats, out.data()) != kPoints) {
@@ -79,11 +82,11 @@ void RunTextBlock(benchmark::State& state, const std::string& y, const std::vect
 }
 
 template <class F>
-void RunNative(benchmark::State& state, F f) {
+void RunNative(benchmark::State& state, F f, bool mixed = false) {
   double sum = 0.0;
   for (auto _ : state) {
     for (int i = 0; i < kPoints; ++i) {
-      double x = XAt(i);
+      double x = mixed ? MixedXAt(i) : XAt(i);
       benchmark::DoNotOptimize(x);
       sum += f(x);
     }
@@ -120,6 +123,15 @@ void BM_IfMask_Text(benchmark::State& s) { RunText(s, "if(x>c,a*exp(-b*x),0)+d*x
 void BM_IfMask_Block(benchmark::State& s) { RunTextBlock(s, "if(x>c,a*exp(-b*x),0)+d*x", {}, {2.0, 0.3, 5.0, 1.7}); }
 void BM_IfMask_Cpp(benchmark::State& s) {
   RunNative(s, [](double x) { return (x > c_ ? a_ * std::exp(-b_ * x) : 0.0) + d_ * x; });
+}
+// The same with the points in a scrambled order: blocks whose lanes take
+// both branches.
+void BM_IfMaskMixed_Block(benchmark::State& s) {
+  RunTextBlock(s, "if(x>c,a*exp(-b*x),0)+d*x", {}, {2.0, 0.3, 5.0, 1.7}, true);
+}
+void BM_IfMaskMixed_Cpp(benchmark::State& s) {
+  RunNative(
+      s, [](double x) { return (x > c_ ? a_ * std::exp(-b_ * x) : 0.0) + d_ * x; }, true);
 }
 void BM_BesselGamma_Text(benchmark::State& s) { RunText(s, "a*j0(b*x)+c*gammaln(d+x)", {}, {2.0, 0.3, 0.5, 1.7}); }
 void BM_BesselGamma_Block(benchmark::State& s) {
@@ -167,6 +179,8 @@ BENCHMARK(BM_IfSub_Cpp);
 BENCHMARK(BM_IfMask_Text);
 BENCHMARK(BM_IfMask_Block);
 BENCHMARK(BM_IfMask_Cpp);
+BENCHMARK(BM_IfMaskMixed_Block);
+BENCHMARK(BM_IfMaskMixed_Cpp);
 BENCHMARK(BM_BesselGamma_Text);
 BENCHMARK(BM_BesselGamma_Block);
 BENCHMARK(BM_BesselGamma_Cpp);

@@ -1,6 +1,7 @@
 #include "tessarix/language/internal/block_evaluator.hpp"
 
 #include <array>
+#include <bit>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -163,11 +164,25 @@ constexpr std::array<double, kRow> kAllLanes = [] {
 inline void Idle(double* row, const double* live) {
   for (std::int32_t i = 0; i < kLanes; ++i) row[i] = live[i] != 0.0 ? row[i] : 1.0;
 }
+// The lanes that run, listed without a branch per lane (a routine called
+// on a list of lanes runs no test that a scattered mask would mispredict);
+// returns their count.
+inline std::int32_t Running(const double* live, std::int32_t* at) {
+  std::int32_t n = 0;
+  for (std::int32_t i = 0; i < kLanes; ++i) {
+    at[n] = i;
+    n += live[i] != 0.0 ? 1 : 0;
+  }
+  return n;
+}
 template <bool kCheck, typename F>
 inline void MapLive(double* top, double* check, const double* live, F f) {
   if (live == nullptr) return Map<kCheck>(top, check, f);
+  std::int32_t at[kLanes];
+  const std::int32_t n = Running(live, at);
+  for (std::int32_t k = 0; k < n; ++k) top[at[k]] = f(top[at[k]]);
   for (std::int32_t i = 0; i < kLanes; ++i) {
-    const double r = live[i] != 0.0 ? f(top[i]) : 1.0;
+    const double r = live[i] != 0.0 ? top[i] : 1.0;
     top[i] = r;
     if constexpr (kCheck) check[i] += r * 0.0;
   }
@@ -175,12 +190,16 @@ inline void MapLive(double* top, double* check, const double* live, F f) {
 template <typename F>
 inline void ZipLive(double* a, const double* b, double* check, const double* live, F f) {
   if (live == nullptr) return Zip(a, b, check, f);
+  std::int32_t at[kLanes];
+  const std::int32_t n = Running(live, at);
+  for (std::int32_t k = 0; k < n; ++k) a[at[k]] = f(a[at[k]], b[at[k]]);
   for (std::int32_t i = 0; i < kLanes; ++i) {
-    const double r = live[i] != 0.0 ? f(a[i], b[i]) : 1.0;
+    const double r = live[i] != 0.0 ? a[i] : 1.0;
     a[i] = r;
     check[i] += r * 0.0;
   }
 }
+
 // A branch that no lane of the block runs, records from..to-1: a value it
 // saves keeps, in every lane, the one the points before the block saved.
 inline void PassOver(const ModelProgram& program, const Lanes& lanes, std::int32_t from, std::int32_t to) {
@@ -190,11 +209,12 @@ inline void PassOver(const ModelProgram& program, const Lanes& lanes, std::int32
   }
 }
 
-// The operand rows of a step: 0, 1 (the top), 2 or 3 from the top.
+// The operand rows of a step that runs on every lane: 0, 1 (the top) or 2
+// from the top. The routines (and powers) skip the lanes that do not run.
 inline std::int32_t Operands(Instr op) {
-  if (op == Instr::Not || (op >= Instr::AddX && op <= Instr::Call1)) return 1;
-  if ((op >= Instr::Add && op <= Instr::Imp) || op == Instr::Call2) return 2;
-  return op == Instr::Call3 ? 3 : 0;
+  if (op == Instr::Not || op == Instr::Sqrt || (op >= Instr::AddX && op <= Instr::DivideConstant)) return 1;
+  if (op >= Instr::Add && op <= Instr::Imp && op != Instr::Power) return 2;
+  return 0;
 }
 
 inline void Column(double* row, const double* points, std::int32_t width, std::int32_t column) {
@@ -244,8 +264,15 @@ template <bool kCheck>
       const double* true_checks = branch_row(depth, 2);
       double* chosen = lanes.Row(sp - 1);
       const double* other = lanes.Row(sp);
-      for (std::int32_t i = 0; i < kLanes; ++i) chosen[i] = condition[i] == kTrue ? chosen[i] : other[i];
-      for (std::int32_t i = 0; juggle && i < kLanes; ++i) check[i] = condition[i] == kTrue ? true_checks[i] : check[i];
+      // Both sides read in every lane: a choice without a branch.
+      for (std::int32_t i = 0; i < kLanes; ++i) {
+        const double u = chosen[i], v = other[i];
+        chosen[i] = condition[i] == kTrue ? u : v;
+      }
+      for (std::int32_t i = 0; juggle && i < kLanes; ++i) {
+        const double u = true_checks[i], v = check[i];
+        check[i] = condition[i] == kTrue ? u : v;
+      }
       --sp;
     }
     if constexpr (!kCheck) {
@@ -265,18 +292,24 @@ template <bool kCheck>
         double* before = branch_row(depth, 1);
         double* mask = branch_row(depth, 3);
         const double* outer = live != nullptr ? live : kAllLanes.data();
-        double taking = 0.0, running = 0.0;  // lanes that take the true branch, of those that run
+        for (std::int32_t i = 0; i < kLanes; ++i) condition[i] = top[i];
         for (std::int32_t i = 0; i < kLanes; ++i) {
-          condition[i] = top[i];
-          mask[i] = (top[i] == kTrue ? 1.0 : 0.0) * outer[i];
-          taking += mask[i];
-          running += outer[i];
+          const double o = outer[i];
+          mask[i] = condition[i] == kTrue ? o : 0.0;
         }
-        if (taking == running || taking == 0.0) {
+        // Whether some lane that runs takes the true branch, and some the
+        // false one (the bits of 1 and of 0 in the masks).
+        std::uint64_t taking = 0, leaving = 0;
+        for (std::int32_t i = 0; i < kLanes; ++i) {
+          const auto m = std::bit_cast<std::uint64_t>(mask[i]);
+          taking |= m;
+          leaving |= std::bit_cast<std::uint64_t>(outer[i]) & ~m;
+        }
+        if (taking == 0 || leaving == 0) {
           // Every lane that runs takes the same branch: only that one runs,
           // as point by point, and its "endtrue" jumps as there.
           --sp;
-          if (taking == 0.0) {
+          if (taking == 0) {
             PassOver(program, lanes, pc + 1, in.b);
             pc = in.b;
           } else {
@@ -303,7 +336,10 @@ template <bool kCheck>
         const double* outer = depth > 1 ? branch_row(depth - 2, 3) : kAllLanes.data();
         const double* condition = branch_row(depth - 1, 0);
         double* mask = branch_row(depth - 1, 3);
-        for (std::int32_t i = 0; i < kLanes; ++i) mask[i] = (condition[i] == kTrue ? 0.0 : 1.0) * outer[i];
+        for (std::int32_t i = 0; i < kLanes; ++i) {
+          const double o = outer[i];
+          mask[i] = condition[i] == kTrue ? 0.0 : o;
+        }
         double* before = branch_row(depth - 1, 1);
         double* after = branch_row(depth - 1, 2);
         for (std::int32_t i = 0; juggle && i < kLanes; ++i) {
@@ -385,6 +421,8 @@ template <bool kCheck>
       case Instr::Call1:
         if (top == nullptr) return false;
         if (vector_math && in.op != Instr::Sqrt && in.op != Instr::Call1) {
+          // The vector routines run on every lane.
+          if (!kCheck && live != nullptr) Idle(top, live);
           VectorMap(in.op == Instr::Exp   ? VectorFunction::Exp
                     : in.op == Instr::Ln  ? VectorFunction::Log
                     : in.op == Instr::Sin ? VectorFunction::Sin
@@ -456,8 +494,10 @@ template <bool kCheck>
         const auto apply = [&](auto f) {
           if (source == 0 && !kCheck && live != nullptr) {
             // x is an operand too: 1 in the lanes that do not take the branch.
-            for (std::int32_t i = 0; i < kLanes; ++i)
-              top[i] = f(top[i], live[i] != 0.0 ? points[static_cast<std::ptrdiff_t>(i) * width] : 1.0);
+            for (std::int32_t i = 0; i < kLanes; ++i) {
+              const double x = points[static_cast<std::ptrdiff_t>(i) * width];
+              top[i] = f(top[i], live[i] != 0.0 ? x : 1.0);
+            }
           } else if (source == 0) {
             WithColumn<kCheck>(top, points, width, 0, check, f);
           } else {
