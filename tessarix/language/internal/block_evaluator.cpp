@@ -209,12 +209,24 @@ inline void PassOver(const ModelProgram& program, const Lanes& lanes, std::int32
   }
 }
 
-// The operand rows of a step that runs on every lane: 0, 1 (the top) or 2
-// from the top. The routines (and powers) skip the lanes that do not run.
+// The operand rows that a step of the watched pass makes 1 in the lanes
+// that do not run, before it runs on every lane: 0, 1 (the top) or 2 from
+// the top. The routines (and powers) skip those lanes, and the four
+// operations of arithmetic take 1 for their operands there themselves.
 inline std::int32_t Operands(Instr op) {
-  if (op == Instr::Not || op == Instr::Sqrt || (op >= Instr::AddX && op <= Instr::DivideConstant)) return 1;
-  if (op >= Instr::Add && op <= Instr::Imp && op != Instr::Power) return 2;
+  if (op == Instr::Not || op == Instr::Sqrt) return 1;
+  if (op >= Instr::IntDivide && op <= Instr::Imp) return 2;
   return 0;
+}
+// a = f(a, b) lane by lane, as Zip; in the watched pass inside a branch
+// with operands of 1 in the lanes that do not run.
+template <bool kCheck, typename F>
+inline void Arithmetic(double* a, const double* b, double* check, const double* live, F f) {
+  if (kCheck || live == nullptr) return Zip<kCheck>(a, b, check, f);
+  for (std::int32_t i = 0; i < kLanes; ++i) {
+    const bool runs = live[i] != 0.0;
+    a[i] = f(runs ? a[i] : 1.0, runs ? b[i] : 1.0);
+  }
 }
 
 inline void Column(double* row, const double* points, std::int32_t width, std::int32_t column) {
@@ -496,12 +508,18 @@ template <bool kCheck>
             // x is an operand too: 1 in the lanes that do not take the branch.
             for (std::int32_t i = 0; i < kLanes; ++i) {
               const double x = points[static_cast<std::ptrdiff_t>(i) * width];
-              top[i] = f(top[i], live[i] != 0.0 ? x : 1.0);
+              const bool runs = live[i] != 0.0;
+              top[i] = f(runs ? top[i] : 1.0, runs ? x : 1.0);
             }
           } else if (source == 0) {
             WithColumn<kCheck>(top, points, width, 0, check, f);
           } else {
-            WithValue<kCheck>(top, source == 1 ? parameters[in.a] : in.value, check, f);
+            const double value = source == 1 ? parameters[in.a] : in.value;
+            if (!kCheck && live != nullptr) {
+              for (std::int32_t i = 0; i < kLanes; ++i) top[i] = f(live[i] != 0.0 ? top[i] : 1.0, value);
+            } else {
+              WithValue<kCheck>(top, value, check, f);
+            }
           }
         };
         if (form == 0) apply([](double a, double b) { return a + b; });
@@ -520,16 +538,16 @@ template <bool kCheck>
         const double* b = lanes.Row(sp + 1);
         switch (in.op) {
           case Instr::Add:
-            Zip<kCheck>(a, b, check, [](double u, double v) { return u + v; });
+            Arithmetic<kCheck>(a, b, check, live, [](double u, double v) { return u + v; });
             break;
           case Instr::Subtract:
-            Zip<kCheck>(a, b, check, [](double u, double v) { return u - v; });
+            Arithmetic<kCheck>(a, b, check, live, [](double u, double v) { return u - v; });
             break;
           case Instr::Multiply:
-            Zip<kCheck>(a, b, check, [](double u, double v) { return u * v; });
+            Arithmetic<kCheck>(a, b, check, live, [](double u, double v) { return u * v; });
             break;
           case Instr::Divide:
-            Zip<kCheck>(a, b, check, [](double u, double v) { return kCheck ? Quotient(u, v) : u / v; });
+            Arithmetic<kCheck>(a, b, check, live, [](double u, double v) { return kCheck ? Quotient(u, v) : u / v; });
             break;
           case Instr::Call2: {
             const Function2 f = in.f2;
