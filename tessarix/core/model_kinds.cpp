@@ -86,9 +86,9 @@ class TextKind final : public PointModel {
   }
 
  private:
-  // Exact derivatives for a program whose points are independent; the
-  // others keep the numerical ones.
-  bool Exact() const { return method_ == tsxDerivativeExact && text_.PointsIndependent(); }
+  // Exact derivatives for a program the forward pass serves; the others
+  // keep the numerical ones.
+  bool Exact() const { return method_ == tsxDerivativeExact && text_.DifferentiatesByBlocks(); }
 
   TextModel& text_;
   const DataStatistics& words_;

@@ -70,6 +70,8 @@ bool TextModel::RunsByBlocks() noexcept {
 
 bool TextModel::PointsIndependent() noexcept { return RunsByBlocks() && state_->plan.independent; }
 
+bool TextModel::DifferentiatesByBlocks() noexcept { return RunsByBlocks() && state_->plan.differentiable; }
+
 std::int32_t TextModel::EvaluateBlock(const double* parameters, const double* points, std::int32_t width,
                                       std::int32_t count, const DataStatistics& words, double* y,
                                       bool vector_math) noexcept {

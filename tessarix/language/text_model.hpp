@@ -92,15 +92,17 @@ class TextModel {
   // Whether the current program runs by blocks and no point of it reads a
   // value another point saved (a sub-definition saved inside a conditional
   // and read where the branch was not taken): only then may the rows of a
-  // pass be evaluated in blocks between which other evaluations run, and
-  // only then does EvaluateBlockDerivatives serve it.
+  // pass be evaluated in blocks between which other evaluations run.
   [[nodiscard]] bool PointsIndependent() noexcept;
+  // Whether EvaluateBlockDerivatives serves the current program: one whose
+  // points are independent, without saved values if it has conditionals.
+  [[nodiscard]] bool DifferentiatesByBlocks() noexcept;
 
   // The exact parameter derivatives with the values, by forward mode over
   // the program: y[r] as EvaluateBlock computes it and, for l = 1..
   // parameter_count, dyda[r * stride + l] = dy/dparameter l at row r (0 where
-  // ia[l] is 0, a fixed parameter). Only for a program whose
-  // PointsIndependent().
+  // ia[l] is 0, a fixed parameter). Only for a program that
+  // DifferentiatesByBlocks().
   // False at the first failure, with its row and whether the value (exactly
   // as EvaluateBlock fails) or the derivatives (not finite, or a word's
   // derivative that cannot be had) failed; the rows before it are complete.

@@ -87,6 +87,7 @@ BlockPlan PlanBlocks(const ModelProgram& program) {
   if (!open.empty() || !endifs.empty()) return plan;
   plan.usable = true;
   plan.independent = plan.branch_saves == std::array<bool, 10>{};
+  plan.differentiable = plan.independent && (plan.conditionals == 0 || plan.saves == std::array<bool, 10>{});
   return plan;
 }
 

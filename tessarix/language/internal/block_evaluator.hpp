@@ -27,9 +27,14 @@ namespace tessarix::detail {
 // blocks are those of a pass point by point over the same rows in order,
 // but any evaluation between two calls (a derivative at a point) changes
 // what the next call reads.
+//
+// `differentiable`: the forward pass of exact derivatives serves the program
+// (independent points, and no saved value in a program with conditionals,
+// whose derivatives stay numerical).
 struct BlockPlan {
   bool usable = false;
   bool independent = false;
+  bool differentiable = false;
   std::array<bool, 10> saves{};         // the sub-definitions the program saves
   std::array<bool, 10> branch_saves{};  // those it saves inside a conditional
   std::int32_t conditionals = 0;

@@ -810,7 +810,7 @@ bool EvaluateProgramDerivatives(const ModelProgram& program, const BlockPlan& pl
                                 double* dyda, std::int32_t stride, DerivativeStop& stop, bool vector_math) noexcept {
   if (count <= 0) return true;
   const auto row_of = [&](std::int32_t r) { return points + static_cast<std::ptrdiff_t>(r) * width; };
-  const bool runs = plan.usable && plan.independent && width >= program.point_size && width >= 1 &&
+  const bool runs = plan.usable && plan.differentiable && width >= program.point_size && width >= 1 &&
                     rules.rows.size() == static_cast<std::size_t>(program.code_length) + 1;
   Dual d{};
   double* padded = nullptr;

@@ -42,7 +42,7 @@ struct DerivativeStop {
 // y[r] and the derivatives dyda[r * stride + l] (l = 1..parameter_count,
 // one-based; 0 for a parameter with ia[l] == 0) at rows 0..count-1 of
 // `points` (width elements per row). Only for a program whose block plan is
-// usable and whose points are independent. Returns true when every row succeeded; otherwise the stop: the rows
+// usable and differentiable. Returns true when every row succeeded; otherwise the stop: the rows
 // before it are complete, a value failure is the one the evaluator point by
 // point finds (same row, same saved values), and a row whose value succeeds
 // but whose derivatives are not all finite fails in its derivatives. Never
