@@ -8,6 +8,44 @@
 
 namespace tessarix::detail {
 
+namespace {
+
+// The running sums of the pass over the residuals.
+struct ResidualSums {
+  double residual = 0.0;
+  double sse = 0.0;
+  double sse_norm = 0.0;
+  double dw_numerator = 0.0;
+  double weighted_y = 0.0;
+  double previous_e = 0.0;
+};
+
+// Adds observations first..first+count-1 (y and w one-based, the model's
+// values f[0..count-1]) in their order, the sums held in registers for the
+// block. The first observation of all has no predecessor for Durbin-Watson.
+void AddResiduals(const double* f, const double* y, const double* w, std::int32_t first, std::int32_t count,
+                  ResidualSums& sums) {
+  double residual = sums.residual;
+  double sse = sums.sse;
+  double sse_norm = sums.sse_norm;
+  double dw_numerator = sums.dw_numerator;
+  double weighted_y = sums.weighted_y;
+  double previous_e = sums.previous_e;
+  for (std::int32_t r = 0; r < count; ++r) {
+    const auto ui = static_cast<std::size_t>(first + r);
+    const double e = y[ui] - f[r];
+    residual = residual + e;
+    sse = sse + e * e;
+    sse_norm = sse_norm + w[ui] * (e * e);
+    if (first + r >= 2) dw_numerator = dw_numerator + (e - previous_e) * (e - previous_e);
+    weighted_y = weighted_y + y[ui] * w[ui];
+    previous_e = e;
+  }
+  sums = {residual, sse, sse_norm, dw_numerator, weighted_y, previous_e};
+}
+
+}  // namespace
+
 bool CalculateStatistics(RegressionCore& core, RunModel& model, std::int32_t n, std::int32_t fitted_count,
                          const double* known_values) {
   try {
@@ -19,36 +57,24 @@ bool CalculateStatistics(RegressionCore& core, RunModel& model, std::int32_t n, 
     // one of them, and a sum that has met a value that is not finite stays
     // so, so a step that would fault leaves a sum that is not finite, and any
     // fault here rejects the run in any case.
-    double residual_sum = 0.0;
-    double sse = 0.0;
-    double sse_norm = 0.0;
-    double dw_numerator = 0.0;
-    double weighted_y_sum = 0.0;
-    double previous_e = 0.0;
     MarquardtState& state = core.marquardt;
-    const std::int32_t block = model.BlockRows();
-    std::int32_t block_first = 1;
-    std::int32_t block_end = 0;
-    for (std::int32_t i = 1; i <= n; ++i) {
-      const auto ui = static_cast<std::size_t>(i);
-      if (known_values == nullptr && i > block_end) {
-        const std::int32_t count = block < n - i + 1 ? block : n - i + 1;
-        RowFailure failure;
-        if (!model.EvaluateRows(i, count, nullptr, state.block_values.data(), nullptr, 0, failure)) return false;
-        block_first = i;
-        block_end = i + count - 1;
+    const std::int32_t block = known_values != nullptr ? n : model.BlockRows();
+    ResidualSums sums;
+    for (std::int32_t first = 1; first <= n; first += block) {
+      const std::int32_t count = block < n - first + 1 ? block : n - first + 1;
+      const double* values = known_values != nullptr ? known_values + first : state.block_values.data();
+      RowFailure failure;
+      if (known_values == nullptr &&
+          !model.EvaluateRows(first, count, nullptr, state.block_values.data(), nullptr, 0, failure)) {
+        return false;
       }
-      const double f =
-          known_values != nullptr ? known_values[i] : state.block_values[static_cast<std::size_t>(i - block_first)];
-      const double e = core.y[ui] - f;
-      const double w = core.weights[ui];
-      residual_sum = residual_sum + e;
-      sse = sse + e * e;
-      sse_norm = sse_norm + w * (e * e);
-      if (i >= 2) dw_numerator = dw_numerator + (e - previous_e) * (e - previous_e);
-      weighted_y_sum = weighted_y_sum + core.y[ui] * w;
-      previous_e = e;
+      AddResiduals(values, core.y.data(), core.weights.data(), first, count, sums);
     }
+    const double residual_sum = sums.residual;
+    const double sse = sums.sse;
+    const double sse_norm = sums.sse_norm;
+    const double dw_numerator = sums.dw_numerator;
+    const double weighted_y_sum = sums.weighted_y;
     if (!std::isfinite(residual_sum) || !std::isfinite(sse) || !std::isfinite(sse_norm) ||
         !std::isfinite(dw_numerator) || !std::isfinite(weighted_y_sum)) {
       return false;

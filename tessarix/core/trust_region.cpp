@@ -65,7 +65,10 @@ class TrustRegionRun {
     nfit_ = static_cast<std::int32_t>(fitted_.size());
     root_weights_.resize(static_cast<std::size_t>(n_));
     for (std::int32_t i = 1; i <= n_; ++i) {
-      root_weights_[static_cast<std::size_t>(i - 1)] = CheckedSqrt(core_.weights[static_cast<std::size_t>(i)]);
+      // CheckedSqrt's tests inline; it is called only to raise its fault.
+      const double w = core_.weights[static_cast<std::size_t>(i)];
+      const double root = std::sqrt(w);
+      root_weights_[static_cast<std::size_t>(i - 1)] = w >= 0.0 && std::isfinite(root) ? root : CheckedSqrt(w);
     }
   }
 

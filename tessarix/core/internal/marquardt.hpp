@@ -38,7 +38,7 @@ void BuildNormalEquations(RegressionCore& core, RunModel& model, std::int32_t n,
 // faults (a constant y, a fit worse than the mean). `known_values` (1..n),
 // when not null, are the model's values there already, and the model is not
 // asked again.
-[[nodiscard]] bool CalculateStatistics(RegressionCore& core, RunModel& model, std::int32_t n,
-                                       std::int32_t fitted_count, const double* known_values = nullptr);
+[[nodiscard]] bool CalculateStatistics(RegressionCore& core, RunModel& model, std::int32_t n, std::int32_t fitted_count,
+                                       const double* known_values = nullptr);
 
 }  // namespace tessarix::detail
