@@ -106,9 +106,9 @@ struct Lanes {
   double* stack;
   double* saved;
   double* check;
-  // Four rows per open conditional: the condition, the checks before it,
-  // the checks after its true branch, and the lanes that run the branch
-  // being run (1, the others 0).
+  // Four rows per open conditional: the lanes whose condition holds, the
+  // checks before it, the checks after its true branch, and the lanes that
+  // run the branch being run. The two rows of lanes are masks (see Bits).
   double* branches;
   std::int32_t levels;  // the conditionals the branch rows hold, at most kMaxNesting
   // The saved values before the block: what a lane that does not take the
@@ -152,10 +152,27 @@ inline void Fill(double* row, double v) {
   for (std::int32_t i = 0; i < kLanes; ++i) row[i] = v;
 }
 
-constexpr std::array<double, kRow> kAllLanes = [] {
-  std::array<double, kRow> ones{};
-  for (double& v : ones) v = 1.0;
-  return ones;
+// A mask of lanes is a row whose lanes hold all bits set (the lane is in)
+// or none, read by its bits: the tests of a mask and the choices by one are
+// bitwise, so that the compiler makes them vector operations without a
+// branch per lane (a scattered mask would mispredict every other one), and
+// a bitwise choice keeps every bit of the value it picks. A row of set bits
+// is a NaN as a double; it is only ever copied and read by bits, which
+// raises no flag.
+inline std::uint64_t Bits(double v) { return std::bit_cast<std::uint64_t>(v); }
+inline double FromBits(std::uint64_t m) { return std::bit_cast<double>(m); }
+// All bits where `holds`, none elsewhere.
+inline std::uint64_t Spread(bool holds) { return std::uint64_t{0} - static_cast<std::uint64_t>(holds); }
+// a in the lanes of the mask, b in the others.
+inline double Select(double mask, double a, double b) {
+  const std::uint64_t m = Bits(mask);
+  return FromBits((Bits(a) & m) | (Bits(b) & ~m));
+}
+
+const std::array<double, kRow> kAllLanes = [] {
+  std::array<double, kRow> all{};
+  for (double& v : all) v = FromBits(~std::uint64_t{0});
+  return all;
 }();
 
 // Inside a branch (`live` not null): the lanes that do not take it compute
@@ -163,7 +180,7 @@ constexpr std::array<double, kRow> kAllLanes = [] {
 // in the watched pass every operand of theirs becomes 1 before a step, on
 // which no step raises a flag or faults.
 inline void Idle(double* row, const double* live) {
-  for (std::int32_t i = 0; i < kLanes; ++i) row[i] = live[i] != 0.0 ? row[i] : 1.0;
+  for (std::int32_t i = 0; i < kLanes; ++i) row[i] = Select(live[i], row[i], 1.0);
 }
 // The lanes that run, listed without a branch per lane (a routine called
 // on a list of lanes runs no test that a scattered mask would mispredict);
@@ -172,7 +189,7 @@ inline std::int32_t Running(const double* live, std::int32_t* at) {
   std::int32_t n = 0;
   for (std::int32_t i = 0; i < kLanes; ++i) {
     at[n] = i;
-    n += live[i] != 0.0 ? 1 : 0;
+    n += static_cast<std::int32_t>(Bits(live[i]) & 1U);
   }
   return n;
 }
@@ -183,7 +200,7 @@ inline void MapLive(double* top, double* check, const double* live, F f) {
   const std::int32_t n = Running(live, at);
   for (std::int32_t k = 0; k < n; ++k) top[at[k]] = f(top[at[k]]);
   for (std::int32_t i = 0; i < kLanes; ++i) {
-    const double r = live[i] != 0.0 ? top[i] : 1.0;
+    const double r = Select(live[i], top[i], 1.0);
     top[i] = r;
     if constexpr (kCheck) check[i] += r * 0.0;
   }
@@ -195,7 +212,7 @@ inline void ZipLive(double* a, const double* b, double* check, const double* liv
   const std::int32_t n = Running(live, at);
   for (std::int32_t k = 0; k < n; ++k) a[at[k]] = f(a[at[k]], b[at[k]]);
   for (std::int32_t i = 0; i < kLanes; ++i) {
-    const double r = live[i] != 0.0 ? a[i] : 1.0;
+    const double r = Select(live[i], a[i], 1.0);
     a[i] = r;
     check[i] += r * 0.0;
   }
@@ -224,10 +241,7 @@ inline std::int32_t Operands(Instr op) {
 template <bool kCheck, typename F>
 inline void Arithmetic(double* a, const double* b, double* check, const double* live, F f) {
   if (kCheck || live == nullptr) return Zip<kCheck>(a, b, check, f);
-  for (std::int32_t i = 0; i < kLanes; ++i) {
-    const bool runs = live[i] != 0.0;
-    a[i] = f(runs ? a[i] : 1.0, runs ? b[i] : 1.0);
-  }
+  for (std::int32_t i = 0; i < kLanes; ++i) a[i] = f(Select(live[i], a[i], 1.0), Select(live[i], b[i], 1.0));
 }
 
 inline void Column(double* row, const double* points, std::int32_t width, std::int32_t column) {
@@ -273,18 +287,13 @@ template <bool kCheck>
       if (sp < 1) return false;
       --depth;
       live = depth > 0 ? branch_row(depth - 1, 3) : nullptr;
-      const double* condition = branch_row(depth, 0);
+      const double* holds = branch_row(depth, 0);
       const double* true_checks = branch_row(depth, 2);
       double* chosen = lanes.Row(sp - 1);
       const double* other = lanes.Row(sp);
-      // Both sides read in every lane: a choice without a branch.
-      for (std::int32_t i = 0; i < kLanes; ++i) {
-        const double u = chosen[i], v = other[i];
-        chosen[i] = condition[i] == kTrue ? u : v;
-      }
-      for (std::int32_t i = 0; juggle && i < kLanes; ++i) {
-        const double u = true_checks[i], v = check[i];
-        check[i] = condition[i] == kTrue ? u : v;
+      for (std::int32_t i = 0; i < kLanes; ++i) chosen[i] = Select(holds[i], chosen[i], other[i]);
+      if (juggle) {
+        for (std::int32_t i = 0; i < kLanes; ++i) check[i] = Select(holds[i], true_checks[i], check[i]);
       }
       --sp;
     }
@@ -301,22 +310,20 @@ template <bool kCheck>
         break;
       case Instr::If: {
         if (top == nullptr || depth >= lanes.levels) return false;
-        double* condition = branch_row(depth, 0);
+        double* holds = branch_row(depth, 0);
         double* before = branch_row(depth, 1);
         double* mask = branch_row(depth, 3);
         const double* outer = live != nullptr ? live : kAllLanes.data();
-        for (std::int32_t i = 0; i < kLanes; ++i) condition[i] = top[i];
-        for (std::int32_t i = 0; i < kLanes; ++i) {
-          const double o = outer[i];
-          mask[i] = condition[i] == kTrue ? o : 0.0;
-        }
         // Whether some lane that runs takes the true branch, and some the
-        // false one (the bits of 1 and of 0 in the masks).
+        // false one.
         std::uint64_t taking = 0, leaving = 0;
         for (std::int32_t i = 0; i < kLanes; ++i) {
-          const auto m = std::bit_cast<std::uint64_t>(mask[i]);
-          taking |= m;
-          leaving |= std::bit_cast<std::uint64_t>(outer[i]) & ~m;
+          const std::uint64_t h = Spread(top[i] == kTrue);
+          const std::uint64_t o = Bits(outer[i]);
+          holds[i] = FromBits(h);
+          mask[i] = FromBits(h & o);
+          taking |= h & o;
+          leaving |= ~h & o;
         }
         if (taking == 0 || leaving == 0) {
           // Every lane that runs takes the same branch: only that one runs,
@@ -347,12 +354,9 @@ template <bool kCheck>
         }
         // On into the false branch, from the checks before the condition.
         const double* outer = depth > 1 ? branch_row(depth - 2, 3) : kAllLanes.data();
-        const double* condition = branch_row(depth - 1, 0);
+        const double* holds = branch_row(depth - 1, 0);
         double* mask = branch_row(depth - 1, 3);
-        for (std::int32_t i = 0; i < kLanes; ++i) {
-          const double o = outer[i];
-          mask[i] = condition[i] == kTrue ? 0.0 : o;
-        }
+        for (std::int32_t i = 0; i < kLanes; ++i) mask[i] = FromBits(~Bits(holds[i]) & Bits(outer[i]));
         double* before = branch_row(depth - 1, 1);
         double* after = branch_row(depth - 1, 2);
         for (std::int32_t i = 0; juggle && i < kLanes; ++i) {
@@ -413,7 +417,7 @@ template <bool kCheck>
         // point that did: the lanes before it, or the points before the block.
         double last = lanes.carry[in.a];
         for (std::int32_t i = 0; i < kLanes; ++i) {
-          if (live[i] != 0.0) last = top[i];
+          last = Select(live[i], top[i], last);
           saved[i] = last;
         }
         break;
@@ -481,11 +485,15 @@ template <bool kCheck>
         double* a = lanes.Row(sp);
         const double* b = lanes.Row(sp + 1);
         const double* c = lanes.Row(sp + 2);
-        for (std::int32_t i = 0; i < kLanes; ++i) {
-          const double r = live == nullptr || live[i] != 0.0 ? in.f3(a[i], b[i], c[i]) : 1.0;
-          a[i] = r;
-          check[i] += r * 0.0;
+        if (live == nullptr) {
+          for (std::int32_t i = 0; i < kLanes; ++i) a[i] = in.f3(a[i], b[i], c[i]);
+        } else {
+          std::int32_t at[kLanes];
+          const std::int32_t n = Running(live, at);
+          for (std::int32_t k = 0; k < n; ++k) a[at[k]] = in.f3(a[at[k]], b[at[k]], c[at[k]]);
+          for (std::int32_t i = 0; i < kLanes; ++i) a[i] = Select(live[i], a[i], 1.0);
         }
+        block_steps::CheckRow(a, check);
         break;
       }
       case Instr::AddX:
@@ -509,15 +517,14 @@ template <bool kCheck>
             // x is an operand too: 1 in the lanes that do not take the branch.
             for (std::int32_t i = 0; i < kLanes; ++i) {
               const double x = points[static_cast<std::ptrdiff_t>(i) * width];
-              const bool runs = live[i] != 0.0;
-              top[i] = f(runs ? top[i] : 1.0, runs ? x : 1.0);
+              top[i] = f(Select(live[i], top[i], 1.0), Select(live[i], x, 1.0));
             }
           } else if (source == 0) {
             WithColumn<kCheck>(top, points, width, 0, check, f);
           } else {
             const double value = source == 1 ? parameters[in.a] : in.value;
             if (!kCheck && live != nullptr) {
-              for (std::int32_t i = 0; i < kLanes; ++i) top[i] = f(live[i] != 0.0 ? top[i] : 1.0, value);
+              for (std::int32_t i = 0; i < kLanes; ++i) top[i] = f(Select(live[i], top[i], 1.0), value);
             } else {
               WithValue<kCheck>(top, value, check, f);
             }
