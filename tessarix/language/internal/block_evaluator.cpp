@@ -245,6 +245,11 @@ inline void Arithmetic(double* a, const double* b, double* check, const double* 
 }
 
 inline void Column(double* row, const double* points, std::int32_t width, std::int32_t column) {
+  if (width == 1) {
+    // The points of a model of x alone lie side by side: a vector copy.
+    for (std::int32_t i = 0; i < kLanes; ++i) row[i] = points[i];
+    return;
+  }
   for (std::int32_t i = 0; i < kLanes; ++i) row[i] = points[static_cast<std::ptrdiff_t>(i) * width + column];
 }
 
@@ -316,14 +321,14 @@ template <bool kCheck>
         const double* outer = live != nullptr ? live : kAllLanes.data();
         // Whether some lane that runs takes the true branch, and some the
         // false one.
+        for (std::int32_t i = 0; i < kLanes; ++i) holds[i] = top[i] == kTrue ? kAllLanes[0] : 0.0;
+        for (std::int32_t i = 0; i < kLanes; ++i) mask[i] = FromBits(Bits(holds[i]) & Bits(outer[i]));
+        // (A loop of its own: the sums of bits beside the compares keep the
+        // compiler from making either a vector loop.)
         std::uint64_t taking = 0, leaving = 0;
         for (std::int32_t i = 0; i < kLanes; ++i) {
-          const std::uint64_t h = Spread(top[i] == kTrue);
-          const std::uint64_t o = Bits(outer[i]);
-          holds[i] = FromBits(h);
-          mask[i] = FromBits(h & o);
-          taking |= h & o;
-          leaving |= ~h & o;
+          taking |= Bits(mask[i]);
+          leaving |= Bits(outer[i]) & ~Bits(mask[i]);
         }
         if (taking == 0 || leaving == 0) {
           // Every lane that runs takes the same branch: only that one runs,
