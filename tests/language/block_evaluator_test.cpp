@@ -51,6 +51,15 @@ std::vector<double> Grid(std::int32_t rows, std::int32_t width, double start, do
   return points;
 }
 
+// The rows of a one-column grid in a scattered order (389 is prime to the
+// counts used), so that the points of every block take both branches of a
+// conditional, lane by lane.
+std::vector<double> Scrambled(const std::vector<double>& points) {
+  std::vector<double> out(points.size());
+  for (std::size_t r = 0; r < points.size(); ++r) out[r] = points[r * 389 % points.size()];
+  return out;
+}
+
 TEST(BlockEvaluator, RandomProgramsMatchPointByPoint) {
   std::mt19937 gen(20261124);
   for (const bool several : {false, true}) {
@@ -144,6 +153,7 @@ TEST(BlockEvaluator, FaultsStopAtTheirRow) {
     for (const double start : {-4.5, -1.5, 1.0}) {
       EXPECT_TRUE(ExpectSameRows(single, blocks, Grid(700, 1, start, 0.01), 1, y)) << start;
     }
+    EXPECT_TRUE(ExpectSameRows(single, blocks, Scrambled(Grid(700, 1, -1.5, 0.01)), 1, y)) << y;
   }
   // Conditionals run by blocks: a fault in the branch a point does not take
   // is no fault, one in the branch it takes (x = 0 at row 150) is.
@@ -158,6 +168,7 @@ TEST(BlockEvaluator, FaultsStopAtTheirRow) {
     blocks.SetParameters({2.0});
     EXPECT_TRUE(ExpectSameRows(single, blocks, Grid(300, 1, -1.505, 0.01), 1, y)) << y;
     EXPECT_TRUE(ExpectSameRows(single, blocks, Grid(300, 1, -150.0, 1.0), 1, y)) << y;
+    EXPECT_TRUE(ExpectSameRows(single, blocks, Scrambled(Grid(300, 1, -1.505, 0.01)), 1, y)) << y;
   }
   std::vector<double> got;
   LanguageModel pole;
