@@ -42,7 +42,9 @@ TEST(ExternalModel, EventArgumentsAreThoseOfTheDefinition) {
   NonlinearRegression reg;
   reg.DefineExternalModel(std::vector<std::string>{"a", "b", "c"}, true);
   std::vector<double> seen_x;
+  std::string order;  // the events in the order they come
   reg.Events.EvaluateExternal = [&](std::vector<double>& p, double x, double& result, bool& success) {
+    order += 'V';
     EXPECT_EQ(p.size(), 3u);
     EXPECT_FALSE(success);  // enters false
     if (seen_x.size() < 7) seen_x.push_back(x);
@@ -51,7 +53,8 @@ TEST(ExternalModel, EventArgumentsAreThoseOfTheDefinition) {
     p.clear();  // a handler may do anything with its copy
     success = true;
   };
-  reg.Events.DerivativeExternal = [](std::vector<double>& p, double x, std::vector<double>& d, bool& success) {
+  reg.Events.DerivativeExternal = [&](std::vector<double>& p, double x, std::vector<double>& d, bool& success) {
+    order += 'D';
     EXPECT_EQ(p.size(), 3u);
     EXPECT_EQ(d.size(), 3u);
     EXPECT_FALSE(success);
@@ -68,6 +71,10 @@ TEST(ExternalModel, EventArgumentsAreThoseOfTheDefinition) {
   reg.Fit(kX, y);
   ASSERT_TRUE(reg.IsSolved());
   EXPECT_EQ(seen_x, kX);
+  // Point by point: each point's derivatives right after its value, although
+  // the pass takes the rows in blocks.
+  EXPECT_EQ(order.find("DD"), std::string::npos);
+  EXPECT_NE(order.find("VDVD"), std::string::npos);
   EXPECT_NEAR(reg.RegressionParameters()->Item("a")->Value(), 1.5, 0.02);
   EXPECT_NEAR(reg.RegressionParameters()->Item("b")->Value(), 0.5, 0.01);
 }
