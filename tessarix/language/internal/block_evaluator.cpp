@@ -161,8 +161,6 @@ inline void Fill(double* row, double v) {
 // raises no flag.
 inline std::uint64_t Bits(double v) { return std::bit_cast<std::uint64_t>(v); }
 inline double FromBits(std::uint64_t m) { return std::bit_cast<double>(m); }
-// All bits where `holds`, none elsewhere.
-inline std::uint64_t Spread(bool holds) { return std::uint64_t{0} - static_cast<std::uint64_t>(holds); }
 // a in the lanes of the mask, b in the others.
 inline double Select(double mask, double a, double b) {
   const std::uint64_t m = Bits(mask);
@@ -319,12 +317,13 @@ template <bool kCheck>
         double* before = branch_row(depth, 1);
         double* mask = branch_row(depth, 3);
         const double* outer = live != nullptr ? live : kAllLanes.data();
-        // Whether some lane that runs takes the true branch, and some the
-        // false one.
+        // Three short loops rather than one: a choice between two doubles by
+        // a compare is a vector compare and blend, but mixed with the masks'
+        // integer bits or the sums below the compiler leaves it scalar.
         for (std::int32_t i = 0; i < kLanes; ++i) holds[i] = top[i] == kTrue ? kAllLanes[0] : 0.0;
         for (std::int32_t i = 0; i < kLanes; ++i) mask[i] = FromBits(Bits(holds[i]) & Bits(outer[i]));
-        // (A loop of its own: the sums of bits beside the compares keep the
-        // compiler from making either a vector loop.)
+        // Whether some lane that runs takes the true branch, and some the
+        // false one.
         std::uint64_t taking = 0, leaving = 0;
         for (std::int32_t i = 0; i < kLanes; ++i) {
           taking |= Bits(mask[i]);
