@@ -3,11 +3,9 @@
 // runs when a kind has no faster one.
 #include "tessarix/core/internal/point_model.hpp"
 
-#include <cmath>
 #include <cstddef>
 
 #include "tessarix/numerics/extrapolated_derivative.hpp"
-#include "tessarix/numerics/internal_failure.hpp"
 
 namespace tessarix::detail {
 
@@ -18,13 +16,7 @@ constexpr std::int32_t kDerivativeTableSize = 10;
 }  // namespace
 
 bool PointModel::Value(std::span<const double> point, const double* parameters, double& y) {
-  bool ok = false;
-  double value = 0.0;
-  const bool ran = SucceedsWithoutFault([&] { ok = RawValue(point, parameters, value); });
-  // No kind may hand a NaN or an infinity on as a model value.
-  if (!ran || !ok || !std::isfinite(value)) return false;
-  y = value;
-  return true;
+  return GuardedValue([&](double& value) { return RawValue(point, parameters, value); }, y);
 }
 
 bool PointModel::Derivatives(std::span<const double> point, double* parameters, const std::int32_t* ia,

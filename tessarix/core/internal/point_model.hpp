@@ -9,6 +9,7 @@
 // it back.
 #pragma once
 
+#include <cmath>
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -16,6 +17,7 @@
 #include <vector>
 
 #include "tessarix/core/internal/point_table.hpp"
+#include "tessarix/numerics/internal_failure.hpp"
 #include "tessarix/numerics/one_based.hpp"
 
 namespace tessarix::detail {
@@ -91,6 +93,20 @@ class PointModel {
   void SetDerivativeStepFloors(std::vector<double> floors) { step_floors_ = std::move(floors); }
 
  protected:
+  // Value's guard around an evaluation `raw(double& y) -> bool`, for a kind
+  // whose own loop evaluates without a virtual call: false for a failed
+  // evaluation, a run-time fault inside it, or a value that is not finite
+  // (no kind may hand a NaN or an infinity on as a model value).
+  template <class Raw>
+  [[nodiscard]] static bool GuardedValue(Raw&& raw, double& y) {
+    bool ok = false;
+    double value = 0.0;
+    const bool ran = SucceedsWithoutFault([&] { ok = raw(value); });
+    if (!ran || !ok || !std::isfinite(value)) return false;
+    y = value;
+    return true;
+  }
+
   // `values`, or when it is null a scratch of `count` values that nobody reads.
   double* ValueScratch(double* values, std::int32_t count);
 
