@@ -70,18 +70,15 @@ bool CalculateStatistics(RegressionCore& core, RunModel& model, std::int32_t n, 
       }
       AddResiduals(values, core.y.data(), core.weights.data(), first, count, sums);
     }
-    const double residual_sum = sums.residual;
     const double sse = sums.sse;
     const double sse_norm = sums.sse_norm;
-    const double dw_numerator = sums.dw_numerator;
-    const double weighted_y_sum = sums.weighted_y;
-    if (!std::isfinite(residual_sum) || !std::isfinite(sse) || !std::isfinite(sse_norm) ||
-        !std::isfinite(dw_numerator) || !std::isfinite(weighted_y_sum)) {
+    if (!std::isfinite(sums.residual) || !std::isfinite(sse) || !std::isfinite(sse_norm) ||
+        !std::isfinite(sums.dw_numerator) || !std::isfinite(sums.weighted_y)) {
       return false;
     }
     const Num count = static_cast<double>(n);
-    const Num ybar = Num(weighted_y_sum) / count;
-    const Num residual_average = Num(residual_sum) / count;
+    const Num ybar = Num(sums.weighted_y) / count;
+    const Num residual_average = Num(sums.residual) / count;
     double sst_sum = 0.0;
     for (std::int32_t i = 1; i <= n; ++i) {
       const auto ui = static_cast<std::size_t>(i);
@@ -101,7 +98,7 @@ bool CalculateStatistics(RegressionCore& core, RunModel& model, std::int32_t n, 
     // A constant y makes SST zero, and this division rejects the run.
     const Num r = 1.0 - Num(sse_norm) / sst;
     const Num r_adjust = r - (nu_regression / nu_error) * (1.0 - r);
-    const Num durbin_watson = sse == 0.0 ? Num(0.0) : Num(dw_numerator) / sse;
+    const Num durbin_watson = sse == 0.0 ? Num(0.0) : Num(sums.dw_numerator) / sse;
     const Num msr = (sst - sse_norm) / nu_regression;
     const Num mse = Num(sse_norm) / nu_error;
     double prob_f = 0.0;
@@ -114,7 +111,7 @@ bool CalculateStatistics(RegressionCore& core, RunModel& model, std::int32_t n, 
     }
 
     RegressionStatistics& s = core.statistics;
-    s.residual_sum = residual_sum;
+    s.residual_sum = sums.residual;
     s.residual_average = residual_average.value();
     s.sse = sse;
     s.sse_norm = sse_norm;
